@@ -1,0 +1,61 @@
+#include "screen.h"
+
+#include <stdio.h>
+
+#include "logger.h"
+
+SDL_Renderer* gRenderer = nullptr;
+
+namespace {
+SDL_Window* sWindow = nullptr;
+int sRotate = 0;
+SDL_Texture* sRotatedTexture = nullptr;
+SDL_Texture* sTargetTexture = nullptr;
+int sWidth = 0;
+int sHeight = 0;
+}  // namespace
+
+int ScreenInit(int width, int height, int bpp, int rotate) {
+    tprintf("ScreenInit %dx%d %d, rotate=%d\n", width, height, bpp, rotate);
+    sRotate = rotate;
+    if (!SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "1"))
+        printf("[Warning]: Linear texture filtering not enabled!");
+    const int winW = rotate ? height : width;
+    const int winH = rotate ? width : height;
+    sWindow = SDL_CreateWindow("Main", SDL_WINDOWPOS_UNDEFINED, SDL_WINDOWPOS_UNDEFINED, winW, winH,
+                               SDL_WINDOW_SHOWN);
+    if (sWindow)
+        gRenderer = SDL_CreateRenderer(sWindow, -1,
+                                       SDL_RENDERER_ACCELERATED | SDL_RENDERER_PRESENTVSYNC);
+    if (rotate && gRenderer) {
+        sRotatedTexture = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888,
+                                            SDL_TEXTUREACCESS_TARGET, width, height);
+        sTargetTexture = sRotatedTexture;
+    }
+    sWidth = winW;
+    sHeight = winH;
+    tprintf("window=%p, renderer=%p\n", (void*)sWindow, (void*)gRenderer);
+    return sWindow && gRenderer;
+}
+
+int ScreenUpdateAndFlip() {
+    if (sRotate && sRotatedTexture) {
+        int w = 0, h = 0;
+        SDL_QueryTexture(sRotatedTexture, nullptr, nullptr, &w, &h);
+        SDL_Rect dst = {(h - w) / 2 - 1, (w - h) / 2, w, h};
+        SDL_RenderCopyEx(gRenderer, sRotatedTexture, nullptr, &dst, 270.0, nullptr, SDL_FLIP_NONE);
+    }
+    SDL_RenderPresent(gRenderer);
+    return 0;
+}
+
+int ScreenUninit() {
+    if (sRotatedTexture) SDL_DestroyTexture(sRotatedTexture);
+    if (gRenderer) SDL_DestroyRenderer(gRenderer);
+    if (sWindow) SDL_DestroyWindow(sWindow);
+    sRotatedTexture = nullptr;
+    sTargetTexture = nullptr;
+    gRenderer = nullptr;
+    sWindow = nullptr;
+    return 0;
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <SDL2/SDL.h>
+
+// The one window and renderer of the process. Every drawing call of the
+// toolkit goes through gRenderer, on the main thread only.
+extern SDL_Renderer* gRenderer;
+
+// Opens the screen; non-zero on success. With `rotate` the picture is drawn
+// into an off-screen canvas and presented turned by 270 degrees.
+int ScreenInit(int width, int height, int bpp, int rotate);
+// Presents the frame drawn so far; always 0.
+int ScreenUpdateAndFlip();
+// Destroys the canvas, renderer and window that exist; always 0.
+int ScreenUninit();

@@ -1,0 +1,75 @@
+#include "sysutil.h"
+
+#include <ctype.h>
+#include <dirent.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/time.h>
+
+#include "logger.h"
+
+long systemms() {
+    struct timeval tv;
+    gettimeofday(&tv, nullptr);
+    return tv.tv_sec * 1000L + tv.tv_usec / 1000;
+}
+
+int check_process_exist(const char* name, int verbose) {
+    DIR* dir = opendir("/proc");
+    if (!dir) {
+        tprintf("can not open /proc\n");
+        return -1;
+    }
+    const size_t nameLen = strlen(name);
+    int pid = -1;
+    while (struct dirent* entry = readdir(dir)) {
+        if (!isdigit((unsigned char)entry->d_name[0])) continue;
+        char path[300];
+        char text[512];
+        snprintf(path, sizeof path, "/proc/%s/cmdline", entry->d_name);
+        size_t len = 0;
+        if (FILE* f = fopen(path, "r")) {
+            len = fread(text, 1, sizeof text - 1, f);
+            fclose(f);
+        }
+        text[len] = '\0';
+        // Arguments are NUL-separated, so the text ends after the first one.
+        if (strlen(text) < nameLen) continue;
+        const char* p = strstr(text, name);
+        if (!p) continue;
+        const unsigned char after = (unsigned char)p[nameLen];
+        if (verbose)
+            tprintf("[check: %s] p=%s in %s, pnlen=%d, cmp %d, p[%d]=%d\n", name, p, text,
+                    (int)nameLen, 0, (int)nameLen, after);
+        if (after != '\0' && after != ' ') continue;
+        pid = atoi(entry->d_name);
+        if (verbose) tprintf("[check: %s] pid %d\n", name, pid);
+        break;
+    }
+    closedir(dir);
+    if (pid < 0 && verbose) tprintf("[check: %s] fail\n", name);
+    return pid;
+}
+
+int check_process_exist(const char* name) { return check_process_exist(name, 0); }
+
+std::string shellQuote(const std::string& text) {
+    bool plain = !text.empty();
+    for (unsigned char c : text) {
+        if (!isalnum(c) && !strchr("/._-+:,@%=", c)) {
+            plain = false;
+            break;
+        }
+    }
+    if (plain) return text;
+    std::string quoted = "'";
+    for (char c : text) {
+        if (c == '\'')
+            quoted += "'\\''";
+        else
+            quoted += c;
+    }
+    quoted += "'";
+    return quoted;
+}

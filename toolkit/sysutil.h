@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+
+// Wall-clock milliseconds since the epoch.
+long systemms();
+
+// Process id of the first process whose first command-line argument contains
+// `name` followed by the end of that argument or a blank; -1 when none.
+int check_process_exist(const char* name, int verbose);
+int check_process_exist(const char* name);
+
+// `text` as one shell word: returned unchanged when it holds only characters
+// the shell never interprets, otherwise in single quotes with every embedded
+// quote closed, escaped and reopened. Nothing inside is ever expanded.
+std::string shellQuote(const std::string& text);
