@@ -4,16 +4,25 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <vector>
+
 #include "app_options.h"
+#include "player_lang.h"
+#include "player_settings.h"
+#include "player_window.h"
+#include "skin.h"
 #include "platform/device_paths.h"
 #include "platform/key_shm.h"
+#include "toolkit/input.h"
+#include "toolkit/lang.h"
 #include "toolkit/logger.h"
 #include "toolkit/screen.h"
+#include "toolkit/shared_skin.h"
 #include "toolkit/sysutil.h"
+#include "toolkit/text.h"
+#include "toolkit/window.h"
+#include "toolkit/system_state.h"
 #include "ui_layer.h"
-
-char* gThemePath = nullptr;  // owned heap copy, freed at shutdown
-KeyShmInfo gShmInfo;
 
 namespace {
 
@@ -24,6 +33,18 @@ void cleanup(int code) {
     SDL_Quit();
     tprintf("quit\n");
     if (code != 0) exit(code);
+}
+
+// The last picture while the rest shuts down: the background and the
+// loading text, presented twice so both buffers of the display hold it.
+void farewellFrame() {
+    if (!gBackground) return;
+    for (int i = 0; i < 2; i++) {
+        gBackground->render(nullptr, nullptr, false, nullptr);
+        DrawString(gListFontTxt, SDL_Rect{0, 0, 1280, 720}, getLangStr(STRING_LOADING_SMALL),
+                   gListColorTxt, ALIGN_CENTER, false, false);
+        ScreenUpdateAndFlip();
+    }
 }
 
 }  // namespace
@@ -47,6 +68,7 @@ int main(int argc, char* argv[]) {
         SDL_Quit();
         return 2;
     }
+    initJoyStick();
     SDL_ShowCursor(0);
     tprintf("sdl inited\n");
     if (!ScreenInit(1280, 720, 32, 0)) {
@@ -54,16 +76,29 @@ int main(int argc, char* argv[]) {
         ScreenUninit();
         cleanup(2);
     }
+    initDefLang();
+    loadPlayerConfig();
     tprintf("screen inited\n");
     InitKeyShm(&gShmInfo);
+    loadSystemState(&gShmInfo, nullptr);
     if (!gThemePath) gThemePath = strdup("./");
+    init_skin();
+    initLang();
 
+    std::vector<KovaniWindow*> windows;
+    // A folder given on the command line wins over the one saved last time.
+    const bool reopenSaved = !gSavedDir.empty() && gUserPath == devicePath(DEVICE_PATH_MNT);
+    PlayerWindow* player = new PlayerWindow(reopenSaved ? gSavedDir.c_str() : nullptr);
+    player->init();
+    windows.push_back(player);
     tprintf("runWindows %ld\n", systemms());
-    SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 255);
-    SDL_RenderClear(gRenderer);
-    ScreenUpdateAndFlip();
+    runWindows(windows);
 
+    farewellFrame();
+    uninit_skin();
     ScreenUninit();
+    closeJoyStick();
+    savePlayerConfig();
     UninitKeyShm(&gShmInfo);
     free(gThemePath);
     gThemePath = nullptr;

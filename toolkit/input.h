@@ -16,7 +16,9 @@ void clearQuitRequest();
 
 // (Re)opens every joystick; the last one opened stays in gJoystick.
 void initJoyStick();
-extern SDL_Joystick* gJoystick;
+// Closes gJoystick (shutdown).
+void closeJoyStick();
+extern SDL_Joystick* gJoystick;  // owned; null when none is open
 
 // The confirm/back exchange of the device's settings: with the shared slot
 // MONITOR_B_CONFIRM set, B confirms and A goes back.

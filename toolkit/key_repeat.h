@@ -13,7 +13,9 @@ void reset_repeat_key();
 int check_repeat_thread(void* unused);
 
 // Lifecycle, in runWindows() order: clear the state before the lock exists,
-// start the thread, stop and join it.
+// start the thread (0, or -1 when it could not be started or already runs),
+// stop and join it. Without a running thread the two calls above still keep
+// the state, unlocked, on the main thread.
 void clear_repeat_state();
-void start_repeat_thread();
+int start_repeat_thread();
 void stop_repeat_thread();

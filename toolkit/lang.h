@@ -30,14 +30,18 @@ struct LanguageStrs {
 extern std::vector<std::string> gDefaultStringList;
 
 // Loads "./lang" (writing "./lang/en.lang" from the built-in table first when
-// it is missing). Call once, after the system settings named the language.
+// it is missing). Call once, after the system settings named the language;
+// a second call replaces the languages loaded by the first.
 void initLang();
+// Loads one language file into `out`: every id of the built-in table gets the
+// file's text or the built-in one. False (and `out` unusable) on failure.
 bool readLangFile(const char* path, LanguageStrs& out);
 // Text of `id` in the current language: "" for a negative id, "wrongbeef"
-// beyond the table, the built-in text where the language lacks one.
+// beyond the table, the built-in text where the language lacks one. Cheap
+// enough for every frame; the text lives as long as the loaded tables.
 const char* getLangStr(int id);
 
-// The chosen language file name ("ch.lang"); "" means English. Copies at most
-// 63 characters.
+// The chosen language file name ("ch.lang"); "" or null means English.
+// Copies at most 63 characters. May be called before or after initLang.
 void setSystemLanguage(const char* file);
 const char* getSystemLanguage();

@@ -3,6 +3,8 @@
 #include <stdio.h>
 
 #include "logger.h"
+#include "lru_cache.h"
+#include "text.h"
 
 SDL_Renderer* gRenderer = nullptr;
 
@@ -50,6 +52,9 @@ int ScreenUpdateAndFlip() {
 }
 
 int ScreenUninit() {
+    // Cached text and icons are textures of this renderer: they go with it.
+    gTextSurfaceCache.clear();
+    gIconCache.clear();
     if (sRotatedTexture) SDL_DestroyTexture(sRotatedTexture);
     if (gRenderer) SDL_DestroyRenderer(gRenderer);
     if (sWindow) SDL_DestroyWindow(sWindow);
@@ -59,3 +64,9 @@ int ScreenUninit() {
     sWindow = nullptr;
     return 0;
 }
+
+int ScreenWidth() { return sWidth; }
+
+int ScreenHeight() { return sHeight; }
+
+SDL_Texture* ScreenTargetTexture() { return sTargetTexture; }

@@ -13,3 +13,9 @@ int ScreenInit(int width, int height, int bpp, int rotate);
 int ScreenUpdateAndFlip();
 // Destroys the canvas, renderer and window that exist; always 0.
 int ScreenUninit();
+
+// Size of the window in pixels: what a read-back of the whole screen holds.
+int ScreenWidth();
+int ScreenHeight();
+// Where drawing goes: the rotated canvas, or NULL for the window itself.
+SDL_Texture* ScreenTargetTexture();

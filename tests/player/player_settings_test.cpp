@@ -1,0 +1,92 @@
+#include "player/player_settings.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/device_paths.h"
+#include "player/app_options.h"
+#include "tests/support/capture_stdout.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+class PlayerSettingsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        makeDirs(mRoot.path() + "/mnt/UDISK");
+        gSavedDir.clear();
+        gAudioTrack = 0;
+    }
+    void TearDown() override { gSavedDir.clear(); gAudioTrack = 0; }
+    std::string file() const { return mRoot.at(DEVICE_PATH_PLAYER_CONFIG); }
+    int load() {
+        CaptureStdout quiet;
+        return loadPlayerConfig();
+    }
+    void save() {
+        CaptureStdout quiet;
+        savePlayerConfig();
+    }
+    TempDeviceRoot mRoot;
+};
+
+}  // namespace
+
+TEST_F(PlayerSettingsTest, LoadTakesEachValidMemberAndIgnoresTheRest) {
+    struct Row {
+        const char* text;  // null: no file
+        int result, ratio, rotation, speed, track;
+        const char* dir;
+    } rows[] = {
+        {R"({"ratio": 2, "rotation": 1, "speed": 7})", 0, 2, 1, 7, 0, ""},
+        {R"({"ratio": 5, "rotation": -1, "speed": 9})", 0, 0, 0, 4, 0, ""},
+        {R"({"ratio": "2", "rotation": 3.9, "speed": 0, "audiotrack": 2, "dir": "/mnt/SDCARD/Films"})",
+         0, 0, 3, 0, 2, "/mnt/SDCARD/Films"},
+        {R"({"dir": 7, "audiotrack": "1"})", 0, 0, 0, 4, 0, ""},
+        {R"({"ratio": 2,)", -1, 0, 0, 4, 0, ""},
+        {"", -1, 0, 0, 4, 0, ""},
+        {nullptr, -1, 0, 0, 4, 0, ""},
+    };
+    for (const Row& row : rows) {
+        gPlayerAspectRatio = RATIO16_9;  // loading starts from the defaults
+        gSavedDir.clear();
+        gAudioTrack = 0;
+        unlink(file().c_str());
+        if (row.text) writeFileAtomic(file(), row.text);
+        EXPECT_EQ(load(), row.result) << (row.text ? row.text : "(none)");
+        EXPECT_EQ(gPlayerAspectRatio, row.ratio) << (row.text ? row.text : "(none)");
+        EXPECT_EQ(gPlayerRotation, row.rotation) << (row.text ? row.text : "(none)");
+        EXPECT_EQ(gPlayerSpeed, row.speed) << (row.text ? row.text : "(none)");
+        EXPECT_EQ(gAudioTrack, row.track) << (row.text ? row.text : "(none)");
+        EXPECT_EQ(gSavedDir, row.dir) << (row.text ? row.text : "(none)");
+    }
+}
+
+TEST_F(PlayerSettingsTest, SaveWritesMembersInOrderAndReplacesTheWholeFile) {
+    writeFileAtomic(file(), std::string(4000, ' ') + "{\"old\": true}");
+    gPlayerAspectRatio = RATIO4_3;
+    gPlayerRotation = VIDEO_ROTATE_DEGREE_0;
+    gPlayerSpeed = VIDEO_SPEED_1;
+    save();
+    EXPECT_EQ(readFile(file()), "{\n\t\"ratio\":\t1,\n\t\"rotation\":\t0,\n\t\"speed\":\t4\n}");
+    EXPECT_FALSE(fileExists(file() + ".tmp"));
+
+    gSavedDir = "/mnt/SDCARD/Mes films \"2024\"";
+    gAudioTrack = 2;
+    gPlayerRotation = VIDEO_ROTATE_DEGREE_270;
+    save();
+    EXPECT_EQ(readFile(file()),
+              "{\n\t\"ratio\":\t1,\n\t\"rotation\":\t3,\n\t\"speed\":\t4,\n"
+              "\t\"dir\":\t\"/mnt/SDCARD/Mes films \\\"2024\\\"\",\n\t\"audiotrack\":\t2\n}");
+
+    // Round trip.
+    gPlayerAspectRatio = RATIO_DEFAULT;
+    gSavedDir.clear();
+    gAudioTrack = 0;
+    EXPECT_EQ(load(), 0);
+    EXPECT_EQ(gPlayerAspectRatio, RATIO4_3);
+    EXPECT_EQ(gPlayerRotation, VIDEO_ROTATE_DEGREE_270);
+    EXPECT_EQ(gSavedDir, "/mnt/SDCARD/Mes films \"2024\"");
+    EXPECT_EQ(gAudioTrack, 2);
+}

@@ -1,0 +1,69 @@
+#include "draw_fixture.h"
+
+#include <SDL2/SDL_image.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <vector>
+
+#include "tests/support/temp_dir.h"
+#include "toolkit/screen.h"
+
+
+void DrawTest::SetUp() {
+    SdlScreenTest::SetUp();
+    char cwd[4096];
+    ASSERT_TRUE(getcwd(cwd, sizeof cwd));
+    mOldCwd = cwd;
+    char tmpl[] = "/tmp/kovani_draw_XXXXXX";
+    ASSERT_TRUE(mkdtemp(tmpl));
+    mDir = std::string(tmpl) + "/";
+    ASSERT_EQ(chdir(tmpl), 0);
+}
+
+void DrawTest::TearDown() {
+    if (!mOldCwd.empty()) {
+        EXPECT_EQ(chdir(mOldCwd.c_str()), 0);
+    }
+    if (!mDir.empty()) {
+        std::error_code ec;
+        std::filesystem::remove_all(mDir, ec);
+    }
+    SdlScreenTest::TearDown();
+}
+
+SDL_Rect DrawTest::inkBounds(SDL_Color background, SDL_Rect area) {
+    std::vector<Uint32> px(size_t(area.w) * area.h);
+    SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
+    const Uint32 bg = (Uint32(background.r) << 16) | (Uint32(background.g) << 8) | background.b;
+    int minX = area.w, minY = area.h, maxX = -1, maxY = -1;
+    for (int y = 0; y < area.h; y++)
+        for (int x = 0; x < area.w; x++) {
+            if ((px[size_t(y) * area.w + x] & 0xFFFFFF) == bg) continue;
+            minX = SDL_min(minX, x);
+            minY = SDL_min(minY, y);
+            maxX = SDL_max(maxX, x);
+            maxY = SDL_max(maxY, y);
+        }
+    if (maxX < 0) return SDL_Rect{0, 0, 0, 0};
+    return SDL_Rect{area.x + minX, area.y + minY, maxX - minX + 1, maxY - minY + 1};
+}
+
+void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel) {
+    makeDirs(std::filesystem::path(path).parent_path());
+    const Uint32 format = bytesPerPixel == 1   ? SDL_PIXELFORMAT_INDEX8
+                          : bytesPerPixel == 3 ? SDL_PIXELFORMAT_RGB24
+                                               : SDL_PIXELFORMAT_RGBA32;
+    SDL_Surface* s = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, format);
+    if (bytesPerPixel == 1) {
+        SDL_SetPaletteColors(s->format->palette, &color, 0, 1);
+        SDL_FillRect(s, nullptr, 0);
+    } else {
+        SDL_FillRect(s, nullptr, SDL_MapRGBA(s->format, color.r, color.g, color.b, color.a));
+    }
+    IMG_SavePNG(s, path.c_str());
+    SDL_FreeSurface(s);
+}
+
+bool sameColor(SDL_Color a, SDL_Color b) { return a.r == b.r && a.g == b.g && a.b == b.b; }

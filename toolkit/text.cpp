@@ -1,0 +1,94 @@
+#include "text.h"
+
+#include <stdio.h>
+
+#include <vector>
+
+#include "screen.h"
+#include "utf8.h"
+
+LRUCache gTextSurfaceCache(release_kovanisurface, 100);
+LRUCache gIconCache(release_surface, 100);
+
+namespace {
+char sTextKeyBuf[2048];  // main thread only
+}  // namespace
+
+KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color color, bool shadow) {
+    if (!font || !text) return nullptr;
+    snprintf(sTextKeyBuf, sizeof sTextKeyBuf, "%s_%p_%02X_%02X_%02X_%02X_shadow%d", text,
+             (void*)font, color.r, color.g, color.b, color.a, shadow ? 1 : 0);
+    KovaniSurface* cached = static_cast<KovaniSurface*>(gTextSurfaceCache.get(sTextKeyBuf));
+    if (cached) return cached;
+
+    // Skin colours carry alpha 0 and still mean visible text; not every
+    // SDL_ttf release renders alpha 0 as opaque by itself.
+    SDL_Color ink = color;
+    if (ink.a == 0) ink.a = 255;
+    SDL_Surface* rendered = TTF_RenderUTF8_Blended(font, text, ink);
+    if (!rendered) return nullptr;
+    SDL_Texture* texture = SDL_CreateTextureFromSurface(gRenderer, rendered);
+    KovaniSurface* surface = nullptr;
+    if (texture)
+        surface = new SDL2KovaniSurface(texture, rendered);
+    else
+        SDL_FreeSurface(rendered);
+    gTextSurfaceCache.put(sTextKeyBuf, surface);
+    return surface;
+}
+
+int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align,
+               bool shadow, bool skipText) {
+    KovaniSurface* s = getCachedSurface(font, text, color, false);
+    if (!s) return 0;
+    const int tw = s->getWidth();
+    const int th = s->getHeight();
+    SDL_Rect at = {box.x, box.y, tw, th};
+    switch (align) {
+        case ALIGN_TOP_LEFT:
+            break;
+        case ALIGN_CENTER:
+            at.x = box.x + (box.w - tw) / 2;
+            at.y = box.y + (box.h - th) / 2;
+            break;
+        case ALIGN_MIDDLE_LEFT:
+            at.y = box.y + (box.h - th) / 2;
+            break;
+        case ALIGN_MIDDLE_RIGHT:
+            at.x = box.x + box.w - tw;
+            at.y = box.y + (box.h - th) / 2;
+            break;
+        default:
+            at.x = box.x + box.w - tw;
+            break;
+    }
+    if (shadow) {
+        KovaniSurface* under = getCachedSurface(font, text, color, true);
+        SDL_Rect below = {at.x + 1, at.y + 2, tw, th};
+        if (under) under->render(nullptr, &below, true, nullptr);
+    }
+    // s is still alive: it sits at the front, and the shadow's put only
+    // evicts from the back.
+    if (!skipText) s->render(nullptr, &at, true, nullptr);
+    return tw;
+}
+
+int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align) {
+    return DrawString(font, box, text, color, align, false, false);
+}
+
+int getTruncateLen(TTF_Font* font, const char* text, int width, int) {
+    if (!font || !text) return 0;
+    const int limit = ((width - 20) * 9) / 10;
+    const std::vector<uint32_t> codePoints = utf8CodePoints(text);
+    float sum = 0.0f;
+    for (size_t i = 0;; i++) {
+        if (i == codePoints.size()) return 0;
+        if (sum >= float(limit)) return int(i);
+        int advance = 0;
+        TTF_GlyphMetrics(font, Uint16(codePoints[i]), nullptr, nullptr, nullptr, nullptr,
+                         &advance);
+        sum += advance;
+        if (codePoints[i] <= 128) sum += 1.7;
+    }
+}

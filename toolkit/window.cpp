@@ -1,0 +1,166 @@
+#include "window.h"
+
+#include <SDL2/SDL.h>
+
+#include "input.h"
+#include "key_repeat.h"
+#include "keycodes.h"
+#include "lang.h"
+#include "logger.h"
+#include "screen.h"
+#include "sysutil.h"
+
+std::vector<KovaniWindow*>* gWinList = nullptr;
+std::vector<KovaniWindow*> gPopupList;
+int s_bootFpsTimeout = 0;
+
+namespace {
+
+const int kFastFrameBudgetMs = 3000;
+const long kFrameMs = 100;
+const long kFastFrameMs = 33;
+// A window that never takes its events would otherwise be called forever.
+const int kMaxEventCallsPerFrame = 256;
+
+class WallClock : public FrameClock {
+public:
+    long nowMs() override { return systemms(); }
+    void sleepMs(long ms) override { SDL_Delay((Uint32)ms); }
+};
+
+WallClock sWallClock;
+FrameClock* sClock = &sWallClock;  // not owned
+
+void dropPendingPopups() {
+    for (KovaniWindow* w : gPopupList) {
+        w->quit();
+        delete w;
+    }
+    gPopupList.clear();
+}
+
+void closeTop(std::vector<KovaniWindow*>& list) {
+    KovaniWindow* top = list.back();
+    top->exitAnim();
+    top->quit();
+    delete top;
+    list.pop_back();
+}
+
+// Moves the pending popup onto the stack; false when there was none.
+bool pushPendingPopup(std::vector<KovaniWindow*>& list) {
+    if (gPopupList.empty()) return false;
+    KovaniWindow* popup = gPopupList.back();
+    gPopupList.pop_back();
+    popup->init();
+    tprintf("add popup window\n");
+    list.push_back(popup);
+    dropPendingPopups();
+    return true;
+}
+
+// True when an event of any type waits in SDL's queue. A waiting SDL_QUIT is
+// taken here so that the loop ends even if the window never reads events.
+bool eventPending() {
+    SDL_PumpEvents();
+    SDL_Event e;
+    if (SDL_PeepEvents(&e, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) <= 0) return false;
+    if (e.type == SDL_QUIT) {
+        SDL_FlushEvent(SDL_QUIT);
+        requestQuit();
+        return false;
+    }
+    return true;
+}
+
+// Feeds the top window every pending event. Returns the quit code that ends
+// the loop, or 0 to go on with the next frame.
+int handleEvents(std::vector<KovaniWindow*>& list) {
+    KovaniWindow* top = list.back();
+    for (int calls = 0; calls < kMaxEventCallsPerFrame; calls++) {
+        const int code = top->eventHandling();
+        if (quitRequested()) return WINDOW_QUIT;
+        if (code == WINDOW_QUIT || code == WINDOW_QUIT_ALL) return code;
+        if (code == WINDOW_CLOSE || code == WINDOW_CLOSE_LAST) {
+            if (code == WINDOW_CLOSE_LAST || list.size() >= 2) {
+                tprintf("a is %d, popup current window\n", code);
+                closeTop(list);
+            }
+            return 0;
+        }
+        if (code == EVENT_REFRESH) return 0;
+        if (!eventPending()) return quitRequested() ? WINDOW_QUIT : 0;
+    }
+    return 0;
+}
+
+void pace(long frameStart) {
+    const long elapsed = sClock->nowMs() - frameStart;
+    if (s_bootFpsTimeout <= 0) {
+        if (elapsed < kFrameMs) sClock->sleepMs(kFrameMs - elapsed);
+        return;
+    }
+    if (elapsed < kFastFrameMs) sClock->sleepMs(kFastFrameMs - elapsed);
+    s_bootFpsTimeout -= kFastFrameMs;
+    if (s_bootFpsTimeout < 0) s_bootFpsTimeout = 0;
+}
+
+void freeAll(std::vector<KovaniWindow*>& list, int quitCode) {
+    if (quitCode) {
+        if (!list.empty() && list.back()->mType < 0) {
+            KovaniWindow* top = list.back();
+            top->quit();
+            delete top;
+            list.pop_back();
+        }
+        tprintf("a is %d, quit deskui\n", quitCode);
+    }
+    tprintf("%ld window to free\n", (long)list.size());
+    while (!list.empty()) {
+        KovaniWindow* w = list.back();
+        tprintf("free window:");
+        tprintf("title %s, type %d\n", w->KovaniWindow::getTitle(), w->mType);
+        list.pop_back();
+        w->quit();
+        delete w;
+    }
+}
+
+}  // namespace
+
+const char* KovaniWindow::getTitle() { return getLangStr(mTitle); }
+
+void add2PopupList(KovaniWindow* w) {
+    dropPendingPopups();
+    gPopupList.push_back(w);
+}
+
+void bootFastFrames() {
+    if (s_bootFpsTimeout < kFastFrameBudgetMs) s_bootFpsTimeout = kFastFrameBudgetMs;
+}
+
+void setFrameClock(FrameClock* clock) { sClock = clock ? clock : &sWallClock; }
+
+void runWindows(std::vector<KovaniWindow*>& list) {
+    tprintf("runWindows\n");
+    gWinList = &list;
+    clear_repeat_state();
+    start_repeat_thread();
+
+    int quitCode = 0;
+    while (!list.empty()) {
+        const long frameStart = sClock->nowMs();
+        KovaniWindow* top = list.back();
+        top->refresh();
+        top->enterAnim();
+        top->draw();
+        ScreenUpdateAndFlip();
+        // A new popup is drawn at once, in a frame of its own.
+        if (pushPendingPopup(list)) continue;
+        quitCode = handleEvents(list);
+        if (quitCode) break;
+        pace(frameStart);
+    }
+    freeAll(list, quitCode);
+    stop_repeat_thread();
+}

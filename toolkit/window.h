@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cjson/cJSON.h>
+
+#include <vector>
+
+// Every screen is a KovaniWindow. The main loop runs them as a stack: only the
+// top window is refreshed, drawn and fed events; what its eventHandling()
+// returns can close it or end the loop (window-stack codes in keycodes.h).
+class KovaniWindow {
+public:
+    KovaniWindow(int title, int type) : mTitle(title), mType(type) {}
+    virtual ~KovaniWindow() {}
+
+    virtual int eventHandling() = 0;
+    virtual int draw() = 0;
+    virtual void quit() = 0;
+    virtual void init() = 0;
+    virtual void saveState(cJSON* state) = 0;
+    virtual int restoreState(cJSON* state) = 0;
+    virtual void refresh() = 0;
+    virtual void enterAnim() {}
+    virtual void exitAnim() {}
+    virtual const char* getTitle();
+
+    // The top and bottom bars every full-screen window draws.
+    virtual void drawNavBar() {}
+    virtual void drawStatBar() {}
+
+    int mTitle;  // language string id; negative = no title
+    int mType;   // negative: removed first when the loop is told to quit
+};
+
+// The list runWindows is running (last element on top); windows push
+// initialised windows onto it from their event handlers. Not owned.
+extern std::vector<KovaniWindow*>* gWinList;
+// The pending popup: at most one uninitialised window, owned by the toolkit.
+extern std::vector<KovaniWindow*> gPopupList;
+// Fast-frame budget in ms: list navigation refills it to 3000, the loop
+// spends 33 per fast frame.
+extern int s_bootFpsTimeout;
+
+// Replaces any pending popup (quitting and deleting it) by `w`; the loop
+// initialises and pushes it at the next frame.
+void add2PopupList(KovaniWindow* w);
+
+// Raises the fast-frame budget to 3 s (list navigation).
+void bootFastFrames();
+
+// Runs the stack until it is empty or a quit code (or SDL_QUIT) arrives. On
+// return the list is empty and every window has been deleted.
+void runWindows(std::vector<KovaniWindow*>& list);
+
+// Time source of the main loop's frame pacing; tests replace it.
+class FrameClock {
+public:
+    virtual ~FrameClock() {}
+    virtual long nowMs() = 0;
+    virtual void sleepMs(long ms) = 0;
+};
+// Installs `clock` (not owned; null restores the wall clock).
+void setFrameClock(FrameClock* clock);
