@@ -1,23 +1,410 @@
 #include "player_window.h"
 
+#include <string.h>
+
+#include "app_options.h"
+#include "display_rect.h"
 #include "player_lang.h"
+#include "player_setting_window.h"
+#include "quit_action.h"
+#include "time_text.h"
+#include "toolkit/dialog_window.h"
 #include "toolkit/input.h"
+#include "toolkit/keycodes.h"
+#include "toolkit/logger.h"
 #include "toolkit/screen.h"
 #include "toolkit/shared_skin.h"
+#include "toolkit/sysutil.h"
 #include "toolkit/text.h"
 
-PlayerWindow::PlayerWindow(const char*) : KovaniWindow(STRING_MEDIAPLAYER, -1) {}
+std::atomic<bool> sLoading{false};
 
-PlayerWindow::~PlayerWindow() {}
+namespace {
 
-void PlayerWindow::init() {}
+const uint64_t kNever = ~(uint64_t)0;
+const long kPanelShowMs = 1500;
+const long kRepeatedChoiceMs = 200;
 
-int PlayerWindow::eventHandling() { return wait_event(nullptr); }
+KovaniSurface* loadSkin(const char* name) { return LoadKovaniSurface(nullptr, "./", name); }
+
+void drawAt(KovaniSurface* image, int x, int y) {
+    if (!image) return;
+    SDL_Rect dst = {x, y, 0, 0};
+    image->render(nullptr, &dst, true, nullptr);
+}
+
+std::string baseName(const std::string& path) {
+    size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+void pushUserEvent(int code) {
+    SDL_Event event;
+    memset(&event, 0, sizeof event);
+    event.type = SDL_USEREVENT;
+    event.user.code = code;
+    if (SDL_PushEvent(&event) < 0) tprintf("Failed to push play SDL event\n");
+}
+
+// Keys that would read or move the list; dropped while the loader owns it.
+bool isKey(int code) { return code > KEY_NONE && code < EVENT_BATTERY; }
+
+}  // namespace
+
+void PlayerWindowHnadler::onPlayComplete() { pushUserEvent(EVENT_PLAY_COMPLETE); }
+
+void PlayerWindowHnadler::onSeekComplete() { pushUserEvent(EVENT_SEEK_COMPLETE); }
+
+PlayerWindow::PlayerWindow(const char* startDir)
+    : KovaniWindow(STRING_MEDIAPLAYER, -1),
+      mMenu(gUserPath.c_str(), startDir, this),
+      mPlayerBG(loadSkin("skin/bg-video-window.png")),
+      mCtlPanelBG(loadSkin("skin/bg-control-panel.png")),
+      mFullscreen(loadSkin("skin/btn-full-screen.png")),
+      mPrevious(loadSkin("skin/btn-previous.png")),
+      mNext(loadSkin("skin/btn-next.png")),
+      mPlay(loadSkin("skin/btn-play.png")),
+      mPause(loadSkin("skin/btn-pause.png")),
+      mConfig(loadSkin("skin/btn-config.png")),
+      mTipL(loadSkin("skin/tips-L.png")),
+      mTipR(loadSkin("skin/tips-R.png")),
+      mTipMenu(loadSkin("skin/tips-MENU.png")),
+      mTipStart(loadSkin("skin/tips-START.png")),
+      mTipSelect(loadSkin("skin/tips-SELECT.png")),
+      mProgressBG(loadSkin("skin/progress-bg.png")),
+      mProgressBGFull(loadSkin("skin/progress-bg-full.png")),
+      mProgressLeft(loadSkin("skin/progress-slider-left.png")),
+      mProgressMiddle(loadSkin("skin/progress-slider-middle.png")),
+      mProgressRight(loadSkin("skin/progress-slider-right.png")),
+      mIconPlay(loadSkin("skin/icon-player.png")),
+      mProgressTitleFull(loadSkin("skin/bg-full-screen-title.png")),
+      mCtlPanelBGFull(loadSkin("skin/bg-control-panel-full.png")),
+      mFullscreenMode(false),
+      mPlaying(false),
+      mDurationMS(0),
+      mPositionMS(-1),
+      mPlayer(&mHandler),
+      mPlayed(false),
+      mPlayIndex(-1),
+      mFullscreenShowCtrlMS(kNever),
+      mLastPlayedTime(0),
+      mCurrentNameIdx(-1),
+      mLoader(nullptr) {
+    mDispBuf[0] = '\0';
+    SDL_Rect listRect = {0, 80, 620, 580};
+    mMenu.setRect(listRect);
+    mMenu.setDrawNum(false);
+}
+
+PlayerWindow::~PlayerWindow() {
+    // The loader writes into the list; it must be done before the list goes.
+    if (mLoader) SDL_WaitThread(mLoader, nullptr);
+    releaseImages();
+}
+
+void PlayerWindow::releaseImages() {
+    KovaniSurface** images[] = {
+        &mPlayerBG,    &mCtlPanelBG,      &mFullscreen,    &mPrevious,      &mNext,
+        &mPlay,        &mPause,           &mConfig,        &mTipL,          &mTipR,
+        &mTipMenu,     &mTipStart,        &mTipSelect,     &mProgressBG,    &mProgressBGFull,
+        &mProgressLeft, &mProgressMiddle, &mProgressRight, &mIconPlay,      &mProgressTitleFull,
+        &mCtlPanelBGFull,
+    };
+    for (KovaniSurface** image : images) {
+        delete *image;
+        *image = nullptr;
+    }
+}
+
+void PlayerWindow::init() {
+    sLoading = true;
+    mLoader = SDL_CreateThread(prepare_file_browser_thread, "rombrowser", &mMenu);
+    if (!mLoader) {
+        tprintf("create rombrowser thread fail: %s\n", SDL_GetError());
+        prepare_file_browser_thread(&mMenu);
+    }
+    mPlayer.init();
+}
+
+const char* PlayerWindow::getTitle() {
+    return mCurrentName.empty() ? KovaniWindow::getTitle() : nullptr;
+}
+
+bool PlayerWindow::sameFile(const char* url) {
+    if (!url) return false;
+    FileAction* action = fileActionAt(mMenu, mMenu.getCurrentPos());
+    if (!action) return false;
+    tprintf("same file %s %s\n", action->mPath.c_str(), url);
+    return action->mPath == url;
+}
+
+void PlayerWindow::getFileName() {
+    const int pos = mMenu.getCurrentPos();
+    if (pos == mCurrentNameIdx) return;
+    FileAction* action = fileActionAt(mMenu, pos);
+    if (!action) return;
+    mCurrentName = baseName(action->mPath);
+    mCurrentNameIdx = pos;
+    if (mCurrentName == "..") mCurrentName.clear();
+}
+
+bool PlayerWindow::loadEntry(int index) {
+    FileAction* action = fileActionAt(mMenu, index);
+    if (!action || action->mFileType != FILE_ACTION_PLAYABLE) return false;
+    mPlayer.reset();
+    mPlayer.init();
+    mPlayer.setUrl(action->mPath.c_str());
+    mPlayer.prepare();
+    setPlayerDisplayRect(mFullscreenMode, &mPlayer);
+    mFileName = baseName(action->mPath);
+    mMenu.setPlayIndex(index);
+    return true;
+}
+
+bool PlayerWindow::playCurrentPos() { return loadEntry(mMenu.getCurrentPos()); }
+
+int PlayerWindow::videoIndexFrom(int start, int step) {
+    const int n = mMenu.getListNum();
+    for (int i = start + step; i >= 0 && i < n; i += step) {
+        FileAction* action = fileActionAt(mMenu, i);
+        if (action && action->mFileType == FILE_ACTION_PLAYABLE) return i;
+    }
+    return -1;
+}
+
+bool PlayerWindow::playNextPos() {
+    const int start = mPlayIndex >= 0 ? mPlayIndex : mMenu.getCurrentPos();
+    const int index = videoIndexFrom(start, 1);
+    if (index < 0 || !loadEntry(index)) return false;
+    mPlayIndex = index;
+    return true;
+}
+
+bool PlayerWindow::playPreviousPos() {
+    const int start = mPlayIndex >= 0 ? mPlayIndex : mMenu.getCurrentPos();
+    const int index = videoIndexFrom(start, -1);
+    if (index < 0 || !loadEntry(index)) return false;
+    mPlayIndex = index;
+    return true;
+}
+
+void PlayerWindow::playStep() { mPlaying = mPlayer.play() >= 0; }
+
+void PlayerWindow::markStep(bool markCursor) {
+    if (mPlaying) {
+        mPlayed = true;
+        if (markCursor) mPlayIndex = mMenu.getCurrentPos();
+    } else {
+        mMenu.setPlayIndex(-1);
+    }
+}
+
+void PlayerWindow::stepTrack(bool forward) {
+    if (!mPlayer.getUrl()) return;
+    mPlayer.stop();
+    if (forward ? playNextPos() : playPreviousPos()) playStep();
+    markStep(false);
+}
+
+void PlayerWindow::showFullscreenPanel() {
+    if (mFullscreenMode) mFullscreenShowCtrlMS = (uint64_t)systemms();
+}
+
+void PlayerWindow::openQuitDialog() {
+    DialogWindow* dialog = new DialogWindow(STRING_MEDIAPLAYER, STRING_QUIT_PROMPT, false,
+                                            new QuitAction(&mPlayer, mMenu.getCurrentDir()), nullptr);
+    dialog->init();
+    gWinList->push_back(dialog);
+}
+
+int PlayerWindow::onPlayFile() {
+    const long now = systemms();
+    tprintf("event play file %ld\n", now);
+    if (now - (long)mLastPlayedTime <= kRepeatedChoiceMs) return 0;
+    if (!sameFile(mPlayer.getUrl())) {
+        if (mPlayer.getUrl()) mPlayer.stop();
+        if (playCurrentPos()) playStep();
+        markStep(true);
+    } else if (mPlaying) {
+        mPlaying = false;
+        mPlayer.pause();
+    } else {
+        playStep();
+        markStep(true);
+    }
+    mLastPlayedTime = (uint64_t)now;
+    return 0;
+}
+
+int PlayerWindow::eventHandling() {
+    int code;
+    if (mFullscreenMode) {
+        code = wait_event(nullptr);
+        if (isBackKey(code)) {
+            mFullscreenMode = false;
+            setPlayerDisplayRect(false, &mPlayer);
+            return 0;
+        }
+    } else if (sLoading) {
+        // The loader owns the list until it is done: keys are dropped.
+        code = wait_event(nullptr);
+        if (isKey(code)) return 0;
+    } else {
+        code = mMenu.eventHandling();
+        getFileName();
+    }
+    return handleCode(code);
+}
+
+int PlayerWindow::handleCode(int code) {
+    switch (code) {
+    case KEY_SELECT_COIN:
+        if (mPlaying) {
+            mFullscreenMode = !mFullscreenMode;
+            setPlayerDisplayRect(mFullscreenMode, &mPlayer);
+        }
+        return 0;
+    case KEY_Y:
+        return 0;
+    case KEY_UP:
+    case KEY_DOWN:
+        showFullscreenPanel();
+        return 0;
+    case KEY_LEFT:
+    case KEY_RIGHT:
+        if (mPlaying) code == KEY_LEFT ? mPlayer.fastBackward() : mPlayer.fastForward();
+        showFullscreenPanel();
+        return code;
+    case KEY_START:
+        if (mPlaying) {
+            mPlaying = false;
+            mPlayer.pause();
+        } else {
+            if (mPlayer.getUrl() || playCurrentPos()) playStep();
+            markStep(true);
+        }
+        showFullscreenPanel();
+        return 0;
+    case KEY_MENU_KEY: {
+        PlayerSettingWindow* settings = new PlayerSettingWindow(&mPlayer, mMenu.getCurrentDir(), this);
+        settings->init();
+        gWinList->push_back(settings);
+        return 0;
+    }
+    case KEY_HOTKEY1:
+        stepTrack(false);
+        return 0;
+    case KEY_HOTKEY2:
+    case EVENT_PLAY_COMPLETE:
+        stepTrack(true);
+        return 0;
+    case EVENT_PLAY_FILE:
+        return onPlayFile();
+    case WINDOW_CLOSE:
+        openQuitDialog();
+        return 0;
+    default:
+        return code;
+    }
+}
+
+void PlayerWindow::readPlayerTimes() {
+    if (!mPlaying) return;
+    const int duration = mPlayer.getDurationMS();
+    const int position = mPlayer.getPositionMS();
+    if (duration > 0) mDurationMS = duration;
+    if (position > 0) mPositionMS = position;
+}
+
+void PlayerWindow::drawTimes(int y) {
+    const int left = y == 497 ? 670 : 40;
+    DrawString(gListFontSubtxt, SDL_Rect{left, y, 0, 0},
+               formatMediaTime(mPositionMS, mDispBuf, sizeof mDispBuf), gListColorTxt, ALIGN_TOP_LEFT);
+    DrawString(gListFontSubtxt, SDL_Rect{1240, y, 0, 0},
+               formatMediaTime(mDurationMS, mDispBuf, sizeof mDispBuf), gListColorTxt, ALIGN_TOP_RIGHT);
+}
+
+void PlayerWindow::drawProgress(KovaniSurface* background, int x, int y, int track) {
+    drawAt(background, x, y);
+    if (mDurationMS < 1 || mPositionMS < 1 || !mProgressMiddle) return;
+    const int left = mProgressLeft ? mProgressLeft->getWidth() : 0;
+    const int right = mProgressRight ? mProgressRight->getWidth() : 0;
+    const int middle = mProgressMiddle->getWidth();
+    drawAt(mProgressLeft, x, y);
+    if (middle <= 0) return;
+    const int64_t n = ((int64_t)(track - left - right) * mPositionMS) / ((int64_t)mDurationMS * middle);
+    for (int64_t i = 0; i < n; i++) drawAt(mProgressMiddle, x + left + (int)i * middle, y);
+    drawAt(mProgressRight, x + left + (int)n * middle, y);
+}
+
+void PlayerWindow::drawProgressBar() { drawProgress(mProgressBG, 670, 475, 570); }
+
+void PlayerWindow::drawFullscreenProgressBar() { drawProgress(mProgressBGFull, 40, 616, 1200); }
+
+void PlayerWindow::drawControlPanel() {
+    drawAt(mCtlPanelBG, 650, 455);
+    drawAt(mFullscreen, 705, 540);
+    drawAt(mPrevious, 815, 540);
+    drawAt(mPlaying ? mPause : mPlay, 925, 540);
+    drawAt(mNext, 1035, 540);
+    drawAt(mConfig, 1145, 540);
+    drawAt(mTipSelect, 695, 610);
+    drawAt(mTipL, 829, 610);
+    drawAt(mTipStart, 915, 610);
+    drawAt(mTipR, 1049, 610);
+    drawAt(mTipMenu, 1135, 610);
+    readPlayerTimes();
+    drawProgressBar();
+    drawTimes(497);
+}
+
+void PlayerWindow::drawFullscreenCtrlPanel() {
+    drawAt(mCtlPanelBGFull, 20, 596);
+    readPlayerTimes();
+    drawFullscreenProgressBar();
+    drawTimes(638);
+}
 
 int PlayerWindow::draw() {
+    // Every pixel not drawn below stays fully transparent: the video layer
+    // beneath shows through it.
     SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 0);
     SDL_RenderClear(gRenderer);
-    if (gBackground) gBackground->render(nullptr, nullptr, false, nullptr);
-    DrawString(gNavFont, SDL_Rect{90, 20, 0, 0}, getTitle(), gNavColorTxt, ALIGN_TOP_LEFT);
+
+    if (mFullscreenMode) {
+        const uint64_t shown = mFullscreenShowCtrlMS;
+        if (shown != 0 && shown != kNever && (uint64_t)systemms() - shown <= kPanelShowMs - 1) {
+            if (!mFileName.empty() && mProgressTitleFull) {
+                drawAt(mProgressTitleFull, 20, 20);
+                SDL_Rect band = {20, 20, mProgressTitleFull->getWidth(), mProgressTitleFull->getHeight()};
+                DrawString(gListFontSubtxt, band, mFileName.c_str(), gListColorTxt, ALIGN_CENTER);
+            }
+            drawFullscreenCtrlPanel();
+        }
+        return 0;
+    }
+
+    if (!mPlayed) {
+        if (gBackground) gBackground->render(nullptr, nullptr, false, nullptr);
+        drawAt(mPlayerBG, 650, 85);
+        if (!mPlaying) drawAt(mIconPlay, 895, 205);
+    } else if (gBackground) {
+        // The background around the video rectangle, which stays transparent.
+        SDL_Rect pieces[] = {{0, 0, 650, 720}, {650, 0, 610, 85}, {650, 445, 610, 275}, {1260, 0, 20, 720}};
+        for (SDL_Rect& piece : pieces) gBackground->render(&piece, &piece, false, nullptr);
+        if (!mPlaying) drawAt(mIconPlay, 895, 205);
+    }
+    drawNavBar(0);
+    drawStatBar(0);
+    drawControlPanel();
+
+    if (sLoading) {
+        DrawString(gListFontTxt, SDL_Rect{0, 80, 620, 580}, getLangStr(STRING_READING_FILES),
+                   gListColorTxt, ALIGN_CENTER);
+        return 0;
+    }
+    if (!mCurrentName.empty())
+        DrawString(gStatFont, SDL_Rect{90, 27, 0, 0}, mCurrentName.c_str(), gListColorTxt, ALIGN_TOP_LEFT);
+    mMenu.draw();
     return 0;
 }

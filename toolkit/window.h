@@ -23,9 +23,12 @@ public:
     virtual void exitAnim() {}
     virtual const char* getTitle();
 
-    // The top and bottom bars every full-screen window draws.
-    virtual void drawNavBar() {}
-    virtual void drawStatBar() {}
+    // The top and bottom bars every full-screen window draws, at vertical
+    // offset y (window_bars.cpp). drawNavBar returns the width the status
+    // icons take from the right edge; drawStatBar the x just past its last
+    // button tip.
+    virtual int drawNavBar(int y);
+    virtual int drawStatBar(int y);
 
     int mTitle;  // language string id; negative = no title
     int mType;   // negative: removed first when the loop is told to quit

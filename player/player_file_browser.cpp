@@ -1,0 +1,131 @@
+#include "player_file_browser.h"
+
+#include <string.h>
+
+#include "app_options.h"
+#include "player_lang.h"
+#include "player_window.h"
+#include "toolkit/keycodes.h"
+#include "toolkit/logger.h"
+#include "toolkit/shared_skin.h"
+#include "toolkit/text.h"
+#include "toolkit/text_menu_item.h"
+
+const char* const videoFileType[15] = {".avi", ".mkv", ".flv", ".ts",  ".mp4",
+                                       ".ts",  ".webm", ".asf", ".mpg", ".mpeg",
+                                       ".mov", ".vob", ".3gp", ".wmv", ".pmp"};
+
+namespace {
+
+const int kDirEntry = 102;
+const int kFileEntry = 101;
+const int kRowsPerPage = 6;
+
+bool hasVideoExtension(const char* name) {
+    const char* dot = strrchr(name, '.');
+    if (!dot) return false;
+    for (const char* ext : videoFileType)
+        if (strcmp(dot, ext) == 0) return true;
+    return false;
+}
+
+bool pushEvent(int code, void* data) {
+    SDL_Event event;
+    memset(&event, 0, sizeof event);
+    event.type = SDL_USEREVENT;
+    event.user.code = code;
+    event.user.data1 = data;
+    return SDL_PushEvent(&event) >= 0;
+}
+
+}  // namespace
+
+bool file_filter(const char* name, const char*) { return hasVideoExtension(name); }
+
+TextMenuItem* file_handler(const char* name, const char* path, int type) {
+    if (type == kDirEntry)
+        return new TextMenuItem(name, gIconFolder, new PlayerFileAction(path, FILE_ACTION_FOLDER), true);
+    if (type == kFileEntry && hasVideoExtension(name))
+        return new TextMenuItem(name, gIconVideo, new PlayerFileAction(path, FILE_ACTION_PLAYABLE), true);
+    return nullptr;
+}
+
+PlayerFileAction::PlayerFileAction(const char* path, int type) : FileAction(path, type) {}
+
+int PlayerFileAction::dowork(void*) {
+    if (mFileType == FILE_ACTION_PLAYABLE) {
+        if (!strchr(mPath.c_str(), '.')) {
+            tprintf("openfile_action no suffix %s\n", mPath.c_str());
+            return -1;
+        }
+        if (!pushEvent(EVENT_PLAY_FILE, nullptr)) tprintf("Failed to push play SDL event\n");
+    } else if (mFileType == FILE_ACTION_FOLDER) {
+        // The path stays valid: this action lives as long as its list entry.
+        if (!pushEvent(EVENT_CHDIR, (void*)mPath.c_str())) tprintf("Failed to push SDL event\n");
+    }
+    return 0;
+}
+
+FileAction* fileActionAt(ListMenu& menu, int index) {
+    TextMenuItem* item = static_cast<TextMenuItem*>(menu.getItemByIndex(index));
+    return item ? dynamic_cast<FileAction*>(item->getAction()) : nullptr;
+}
+
+PlayerFileBrowserMenu::PlayerFileBrowserMenu(const char* basePath, const char* startDir,
+                                             PlayerWindow* parent)
+    : FileBrowserMenu(basePath, startDir, "skin/bg-list-f.png", "skin/bg-list-n.png", kRowsPerPage, 0),
+      mPlayIndex(-1),
+      mPlaySurface(LoadKovaniSurface(gThemePath, "./", "skin/show-player.png")),
+      mPauseSurface(LoadKovaniSurface(gThemePath, "./", "skin/show-pause.png")),
+      mParent(parent) {}
+
+PlayerFileBrowserMenu::~PlayerFileBrowserMenu() {
+    delete mPlaySurface;
+    delete mPauseSurface;
+}
+
+void PlayerFileBrowserMenu::setPlayIndex(int index) {
+    mPlayIndex = index;
+    const char* dir = getCurrentDir();
+    mPlayDir = dir ? dir : "";
+}
+
+bool PlayerFileBrowserMenu::checkUserFile() {
+    if (gUserFile.empty()) return false;
+    const int n = getListNum();
+    for (int i = 0; i < n; i++) {
+        FileAction* action = fileActionAt(*this, i);
+        if (!action || action->mPath != gUserFile) continue;
+        if (i + kRowsPerPage - 1 < n)
+            restorePos(i, i, i + kRowsPerPage - 1);
+        else
+            restorePos(i, n - kRowsPerPage, n - 1);
+        return true;
+    }
+    return false;
+}
+
+void PlayerFileBrowserMenu::draw() {
+    const int n = getListNum();
+    if (n < 1) {
+        DrawString(gListFontTxt, mRect, getLangStr(STRING_NO_FILES), gListColorTxt, ALIGN_CENTER);
+        return;
+    }
+    FileBrowserMenu::draw();
+    if (!mPlaySurface || mPlayIndex < mFirstVisible || mPlayIndex > mLastVisible || mPlayIndex >= n) return;
+    const char* dir = getCurrentDir();
+    if (!mPlayDir.empty() && dir && mPlayDir != dir) return;
+    KovaniSurface* mark = mParent->isPlaying() || !mPauseSurface ? mPlaySurface : mPauseSurface;
+    SDL_Rect dst = {mRect.x + 560,
+                    mRect.y + (mPlayIndex - mFirstVisible) * (mItemHeight + mYSpaceInList) + 30, 0, 0};
+    mark->render(nullptr, &dst, true, nullptr);
+}
+
+int prepare_file_browser_thread(void* arg) {
+    PlayerFileBrowserMenu* menu = static_cast<PlayerFileBrowserMenu*>(arg);
+    menu->LoadDir();
+    const bool found = menu->checkUserFile();
+    sLoading = false;
+    if (found && !pushEvent(EVENT_PLAY_FILE, nullptr)) tprintf("Failed to push play SDL event\n");
+    return 0;
+}

@@ -1,0 +1,16 @@
+#include "quit_action.h"
+
+#include "app_options.h"
+#include "kovani_player.h"
+#include "toolkit/keycodes.h"
+#include "toolkit/logger.h"
+
+QuitAction::QuitAction(KovaniPlayer* player, const char* currentDir)
+    : Action(-1), mPlayer(player), mCurrentDir(currentDir) {}
+
+int QuitAction::dowork(void*) {
+    if (mPlayer) mPlayer->stop();
+    if (mCurrentDir) gSavedDir = mCurrentDir;
+    tprintf("quit mediaplayer\n");
+    return WINDOW_QUIT;
+}

@@ -1,0 +1,317 @@
+#include "toolkit/dir_browser.h"
+
+#include <gtest/gtest.h>
+#include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/capture_stdout.h"
+#include "tests/toolkit/folder_fixture.h"
+#include "toolkit/entry_order.h"
+
+namespace {
+
+typedef std::vector<std::string> Names;
+
+std::vector<std::pair<std::string, int>> sOffered;
+
+TextMenuItem* recordingEntry(const char* name, const char* path, int type) {
+    sOffered.emplace_back(name, type);
+    return entryFor(name, path, type);
+}
+
+// Files named "*.txt" are refused.
+TextMenuItem* refuseText(const char* name, const char* path, int type) {
+    const size_t n = strlen(name);
+    if (n >= 4 && strcmp(name + n - 4, ".txt") == 0) return nullptr;
+    return entryFor(name, path, type);
+}
+
+// Reading the same folder of 20000 files through links named "take<N>"
+// keeps only its first N files, so one folder gives cached lists of
+// several sizes.
+TextMenuItem* firstFilesOfTake(const char* name, const char* path, int type) {
+    const char* take = strstr(path, "/take");
+    if (type == DIR_ENTRY_FILE && take && atoi(name + 1) >= atoi(take + 5)) return nullptr;
+    return entryFor(name, path, type);
+}
+
+bool offered(const std::string& name, int type) {
+    return std::find(sOffered.begin(), sOffered.end(), std::make_pair(name, type)) != sOffered.end();
+}
+
+void freeList(std::vector<void*>& list) {
+    for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
+    list.clear();
+}
+
+Names cachedPaths(const DirBrowser& browser, const std::string& prefix) {
+    Names out;
+    for (const MenuCache& record : browser.mCache) out.push_back(record.path.substr(prefix.size()));
+    return out;
+}
+
+Names stackBelow(const DirBrowser& browser, const std::string& prefix) {
+    Names out;
+    for (const std::string& dir : browser.mDirStack) out.push_back(dir.substr(prefix.size()));
+    return out;
+}
+
+int occurrences(const std::string& text, const std::string& what) {
+    int n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) n++;
+    return n;
+}
+
+}  // namespace
+
+TEST(LoadDirTest, FoldersComeFirstThenFilesEachInByteOrder) {
+    TempFolder top;
+    for (const char* name : {"Zeta", "alpha", "Beta", "中文目录", "10", "9", ".thumbnails"}) top.dir(name);
+    for (const char* name : {"b.mkv", "B.mkv", "a.avi", "10.mp4", "9.mp4", "abc.mp4", "Abc.mp4",
+                             "视频.mp4", "_x.mkv", ".hidden.mkv"})
+        top.file(name);
+    const Names listed = {"10",     "9",     "Beta",    "Zeta",  "alpha", "中文目录",
+                          ".hidden.mkv", "10.mp4", "9.mp4", "Abc.mp4", "B.mkv", "_x.mkv",
+                          "a.avi",  "abc.mp4", "b.mkv", "视频.mp4"};
+    Names withParent = listed;
+    withParent.insert(withParent.begin(), "..");
+    const struct {
+        int withParent;
+        Names expected;
+    } cases[] = {{0, listed}, {1, withParent}};
+    for (const auto& c : cases) {
+        std::vector<void*> list;
+        EXPECT_EQ(loaddir(&list, top.path().c_str(), entryFor, c.withParent), int(c.expected.size()));
+        EXPECT_EQ(labelsOf(&list), c.expected) << "withParent " << c.withParent;
+        for (size_t i = 0; i < list.size(); i++) EXPECT_EQ(pathOf(&list, i), top / labelsOf(&list)[i]);
+        freeList(list);
+    }
+}
+
+// Entries labelled "same" whatever their name, so that labels tie.
+TextMenuItem* sameLabel(const char* name, const char* path, int type) {
+    recordingEntry(name, path, type);
+    return new TextMenuItem("same", nullptr, new TestFileAction(path, FILE_ACTION_PLAYABLE), true);
+}
+
+// Entries whose name begins with "n" have no action.
+TextMenuItem* someWithoutAction(const char* name, const char* path, int type) {
+    recordingEntry(name, path, type);
+    if (name[0] == 'n') return new TextMenuItem(name, nullptr, nullptr, false);
+    return entryFor(name, path, type);
+}
+
+TEST(LoadDirTest, ListOrderIsThatOfInsertingTheEntriesAsTheyWereRead) {
+    TempFolder top;
+    for (const char* name : {"d1", "n2", "b3", "n0", "a9", "c5"}) top.dir(name);
+    for (const char* name : {"n1.mkv", "z.mkv", "n9.mkv", "a.mkv", "m.mkv", "b.mkv"}) top.file(name);
+    for (DirEntryHandler handler : {recordingEntry, sameLabel, someWithoutAction}) {
+        sOffered.clear();
+        std::vector<void*> list;
+        loaddir(&list, top.path().c_str(), handler, 0);
+        std::vector<void*> expected;
+        const std::vector<std::pair<std::string, int>> reads = sOffered;
+        for (const auto& read : reads) {
+            const std::string path = top / read.first;
+            TextMenuItem* item = handler(read.first.c_str(), path.c_str(), read.second);
+            additemsorted(&expected, item);
+        }
+        ASSERT_EQ(list.size(), expected.size());
+        for (size_t i = 0; i < list.size(); i++) {
+            TextMenuItem* got = static_cast<TextMenuItem*>(list[i]);
+            TextMenuItem* want = static_cast<TextMenuItem*>(expected[i]);
+            EXPECT_EQ(got->mLabel, want->mLabel) << i;
+            if (got->mAction && want->mAction) {
+                EXPECT_EQ(static_cast<FileAction*>(got->mAction)->mPath,
+                          static_cast<FileAction*>(want->mAction)->mPath) << i;
+            }
+        }
+        freeList(list);
+        freeList(expected);
+    }
+}
+
+TEST(LoadDirTest, HiddenFoldersAreNeverOfferedHiddenFilesAre) {
+    TempFolder top;
+    top.dir(".thumbnails");
+    top.dir("..more");
+    top.file(".hidden.mkv");
+    for (int withParent : {0, 1}) {
+        sOffered.clear();
+        std::vector<void*> list;
+        loaddir(&list, top.path().c_str(), recordingEntry, withParent);
+        EXPECT_TRUE(offered(".hidden.mkv", DIR_ENTRY_FILE));
+        EXPECT_FALSE(offered(".thumbnails", DIR_ENTRY_FOLDER));
+        EXPECT_FALSE(offered("..more", DIR_ENTRY_FOLDER));
+        EXPECT_FALSE(offered(".", DIR_ENTRY_FOLDER));
+        EXPECT_EQ(offered("..", DIR_ENTRY_FOLDER), withParent == 1);
+        EXPECT_EQ(sOffered.size(), size_t(1 + withParent));
+        freeList(list);
+    }
+}
+
+TEST(LoadDirTest, OddEntriesAreListedOrLeftOutWithoutHarm) {
+    TempFolder top;
+    const std::string longName = std::string(251, 'a') + ".mkv";
+    ASSERT_EQ(longName.size(), 255u);
+    top.file(longName);
+    top.file("bad\xff\xfe.mkv");
+    top.file("refused.txt");
+    top.dir("sub");
+    ASSERT_EQ(symlink("loop", (top / "loop").c_str()), 0);
+    ASSERT_EQ(symlink("missing", (top / "dangling").c_str()), 0);
+    ASSERT_EQ(symlink(longName.c_str(), (top / "linkfile.mkv").c_str()), 0);
+    ASSERT_EQ(symlink("sub", (top / "linkdir").c_str()), 0);
+    ASSERT_EQ(mkfifo((top / "pipe").c_str(), 0644), 0);
+
+    std::vector<void*> list;
+    EXPECT_EQ(loaddir(&list, top.path().c_str(), refuseText, 0), 5);
+    EXPECT_EQ(labelsOf(&list), (Names{"linkdir", "sub", longName, "bad\xff\xfe.mkv", "linkfile.mkv"}));
+    EXPECT_EQ(pathOf(&list, 2), top / longName);
+    freeList(list);
+}
+
+TEST(LoadDirTest, FolderThatCannotBeOpenedGivesNoEntriesAndALogLine) {
+    TempFolder top;
+    const std::string plainFile = top.file("clip.mkv");
+    ASSERT_EQ(symlink("loop", (top / "loop").c_str()), 0);
+    const std::string locked = top.dir("locked");
+    top.file("locked/clip.mkv");
+    chmod(locked.c_str(), 0);
+    std::vector<std::string> dirs = {top / "missing", plainFile, top / "loop", top / std::string(300, 'x')};
+    // The superuser reads any folder whatever its mode.
+    if (geteuid() != 0) dirs.push_back(locked);
+    for (const std::string& dir : dirs) {
+        std::vector<void*> list;
+        CaptureStdout out;
+        EXPECT_EQ(loaddir(&list, dir.c_str(), entryFor, 0), 0) << dir;
+        EXPECT_TRUE(list.empty()) << dir;
+        EXPECT_NE(out.finish().find("loaddir " + dir + " 0\n"), std::string::npos) << dir;
+    }
+    chmod(locked.c_str(), 0755);
+}
+
+TEST(LoadDirTest, AtMostTwentyThousandEntriesAreTakenFromOneFolder) {
+    TempFolder top;
+    ASSERT_TRUE(makeNumberedFiles(top.path(), 25000));
+    std::vector<void*> list;
+    CaptureStdout out;
+    EXPECT_EQ(loaddir(&list, top.path().c_str(), entryFor, 0), 20000);
+    EXPECT_NE(out.finish().find("loaddir " + top.path() + " 20000\n"), std::string::npos);
+    ASSERT_EQ(list.size(), 20000u);
+    const Names labels = labelsOf(&list);
+    EXPECT_TRUE(std::is_sorted(labels.begin(), labels.end()));
+    EXPECT_EQ(std::adjacent_find(labels.begin(), labels.end()), labels.end());
+    freeList(list);
+}
+
+TEST(DirBrowserTest, StartFolderBelowTheTopBuildsTheStackAndOthersShowTheTop) {
+    TempFolder t;
+    t.dir("top/A/B");
+    t.file("top/A/B/clip.mkv");
+    t.dir("topX/A");
+    const std::string top = t / "top";
+    const struct {
+        const char* start;  // below the temporary folder; null: none
+        Names stack;
+        Names shown;
+    } cases[] = {
+        {nullptr, {"top"}, {"A"}},
+        {"top", {"top"}, {"A"}},
+        {"top/A/B", {"top", "top/A", "top/A/B"}, {"..", "clip.mkv"}},
+        {"top/A/B/", {"top", "top/A", "top/A/B"}, {"..", "clip.mkv"}},
+        {"top//A", {"top", "top/A"}, {"..", "B"}},
+        {"topX/A", {"top"}, {"A"}},
+        {"elsewhere/top/A", {"top"}, {"A"}},
+    };
+    DirBrowser browser(entryFor, nullptr);
+    for (const auto& c : cases) {
+        const std::string start = c.start ? t / c.start : "";
+        CaptureStdout out;
+        std::vector<void*>* list = browser.LoadDir(top.c_str(), c.start ? start.c_str() : nullptr);
+        const std::string log = out.finish();
+        const std::string label = c.start ? c.start : "(none)";
+        EXPECT_EQ(stackBelow(browser, t.path() + "/"), c.stack) << label;
+        EXPECT_EQ(labelsOf(list), c.shown) << label;
+        EXPECT_EQ(cachedPaths(browser, t.path() + "/"), Names{c.stack.back()}) << label;
+        if (c.stack.size() > 1) {
+            for (size_t i = 0; i < c.stack.size(); i++)
+                EXPECT_NE(log.find("dir " + std::to_string(i) + " " + t / c.stack[i] + "\n"), std::string::npos)
+                    << label;
+        }
+    }
+}
+
+TEST(DirBrowserTest, GoingUpStopsAtTheTopAndFoldersSeenBeforeAreNotReadAgain) {
+    TempFolder t;
+    t.dir("top/A/B");
+    t.file("top/A/B/clip.mkv");
+    const std::string top = t / "top";
+    DirBrowser browser(entryFor, nullptr);
+    browser.LoadDir(top.c_str(), (t / "top/A/B").c_str());
+
+    CaptureStdout out;
+    std::vector<void*>* list = browser.ParentDir();
+    std::string log = out.finish();
+    EXPECT_EQ(stackBelow(browser, t.path() + "/"), (Names{"top", "top/A"}));
+    EXPECT_EQ(labelsOf(list), (Names{"..", "B"}));
+    EXPECT_NE(log.find("parentdir " + top + "/A return "), std::string::npos);
+
+    list = browser.ParentDir();
+    EXPECT_EQ(labelsOf(list), Names{"A"});
+    std::vector<void*>* atTop = list;
+
+    CaptureStdout again;
+    list = browser.ParentDir();
+    EXPECT_EQ(list, atTop);
+    EXPECT_EQ(stackBelow(browser, t.path() + "/"), Names{"top"});
+    list = browser.ChildDir((top + "/A").c_str());
+    list = browser.ChildDir((top + "/A/B").c_str());
+    log = again.finish();
+    EXPECT_EQ(labelsOf(list), (Names{"..", "clip.mkv"}));
+    EXPECT_EQ(stackBelow(browser, t.path() + "/"), (Names{"top", "top/A", "top/A/B"}));
+    for (const char* dir : {"top", "top/A", "top/A/B"})
+        EXPECT_NE(log.find("found menu for " + t / dir + "\n"), std::string::npos) << dir;
+    EXPECT_EQ(log.find("loaddir "), std::string::npos) << log;
+}
+
+TEST(DirBrowserTest, ReadingAnotherFolderDropsLeastRecentlyUsedOnesAboveFortyThousandEntries) {
+    TempFolder t;
+    ASSERT_TRUE(makeNumberedFiles(t / "top/big", 20000));
+    for (const char* take : {"take10000", "take15000", "take20000"})
+        ASSERT_EQ(symlink("big", (t / ("top/" + std::string(take))).c_str()), 0);
+    t.file("top/other/clip.mkv");
+    const std::string top = t / "top";
+    const struct {
+        Names visits;  // each entered and left again, in this order
+        Names cached;  // after entering "other"
+    } cases[] = {
+        // 45005 entries: the 10000 go, 35005 remain.
+        {{"take10000", "take15000", "take20000"}, {"other", "", "take20000", "take15000"}},
+        // Least recently used, not smallest: the 20000 go.
+        {{"take20000", "take10000", "take15000"}, {"other", "", "take15000", "take10000"}},
+        // Entering a cached folder again makes it recent.
+        {{"take10000", "take15000", "take20000", "take10000"}, {"other", "", "take10000", "take20000"}},
+    };
+    for (const auto& c : cases) {
+        DirBrowser browser(firstFilesOfTake, nullptr);
+        browser.LoadDir(top.c_str(), nullptr);
+        for (const std::string& dir : c.visits) {
+            browser.ChildDir((top + "/" + dir).c_str());
+            browser.ParentDir();
+        }
+        CaptureStdout out;
+        std::vector<void*>* list = browser.ChildDir((top + "/other").c_str());
+        EXPECT_EQ(labelsOf(list), (Names{"..", "clip.mkv"}));
+        Names cached = cachedPaths(browser, top);
+        for (std::string& path : cached) path.erase(0, path.empty() ? 0 : 1);
+        EXPECT_EQ(cached, c.cached) << c.visits.size() << " visits";
+        EXPECT_EQ(occurrences(out.finish(), "childdir " + top + "/other return "), 1);
+    }
+}

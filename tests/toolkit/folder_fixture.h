@@ -1,0 +1,109 @@
+#pragma once
+
+#include <SDL2/SDL.h>
+#include <fcntl.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "toolkit/action.h"
+#include "toolkit/dir_browser.h"
+#include "toolkit/keycodes.h"
+#include "toolkit/text_menu_item.h"
+
+// Entries as the application makes them: a folder's action posts
+// EVENT_CHDIR with the folder's path in data1, a file's posts
+// EVENT_PLAY_FILE.
+class TestFileAction : public FileAction {
+public:
+    TestFileAction(const char* path, int type) : FileAction(path, type) {}
+    int dowork(void*) override {
+        SDL_Event e;
+        memset(&e, 0, sizeof e);
+        e.type = SDL_USEREVENT;
+        e.user.code = mFileType == FILE_ACTION_FOLDER ? EVENT_CHDIR : EVENT_PLAY_FILE;
+        if (mFileType == FILE_ACTION_FOLDER) e.user.data1 = (void*)mPath.c_str();
+        return SDL_PushEvent(&e) == 1 ? 0 : -1;
+    }
+};
+
+// Every folder and every file becomes an entry labelled with its name.
+inline TextMenuItem* entryFor(const char* name, const char* path, int type) {
+    const int fileType = type == DIR_ENTRY_FOLDER ? FILE_ACTION_FOLDER : FILE_ACTION_PLAYABLE;
+    return new TextMenuItem(name, nullptr, new TestFileAction(path, fileType), true);
+}
+
+inline std::vector<std::string> labelsOf(const std::vector<void*>* list) {
+    std::vector<std::string> out;
+    if (!list) return out;
+    for (void* entry : *list) out.push_back(static_cast<TextMenuItem*>(entry)->mLabel);
+    return out;
+}
+
+inline std::string pathOf(const std::vector<void*>* list, size_t index) {
+    TextMenuItem* item = static_cast<TextMenuItem*>((*list)[index]);
+    return static_cast<FileAction*>(item->getAction())->mPath;
+}
+
+// An empty file at `path`; false when it cannot be made.
+inline bool touch(const std::string& path) {
+    const int fd = open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
+    if (fd < 0) return false;
+    close(fd);
+    return true;
+}
+
+// Files "f00000.mkv" ... in `dir` (made when missing).
+inline bool makeNumberedFiles(const std::string& dir, int count) {
+    std::filesystem::create_directories(dir);
+    char name[32];
+    for (int i = 0; i < count; i++) {
+        snprintf(name, sizeof name, "/f%05d.mkv", i);
+        if (!touch(dir + name)) return false;
+    }
+    return true;
+}
+
+// A fresh folder, removed with its contents afterwards. It is made in the
+// memory file system when there is one, where making the thousands of files
+// of the large-folder tests takes a tenth of the time it takes on disk.
+class TempFolder {
+public:
+    TempFolder() {
+        for (const char* base : {"/dev/shm", "/tmp"}) {
+            std::string tmpl = std::string(base) + "/kovani_folder_XXXXXX";
+            if (access(base, W_OK) == 0 && mkdtemp(&tmpl[0])) {
+                mPath = tmpl;
+                return;
+            }
+        }
+    }
+    ~TempFolder() {
+        std::error_code ec;
+        std::filesystem::remove_all(mPath, ec);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    const std::string& path() const { return mPath; }
+    // `path()` + "/" + `name`.
+    std::string operator/(const std::string& name) const { return mPath + "/" + name; }
+    // Makes folder `name` (and its parents) inside; returns its path.
+    std::string dir(const std::string& name) const {
+        std::filesystem::create_directories(*this / name);
+        return *this / name;
+    }
+    // Makes empty file `name` (and its folders) inside; returns its path.
+    std::string file(const std::string& name) const {
+        std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
+        touch(*this / name);
+        return *this / name;
+    }
+
+private:
+    std::string mPath;
+};

@@ -1,0 +1,500 @@
+#include "toolkit/text_menu_drawer.h"
+
+#include <gtest/gtest.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/capture_stdout.h"
+#include "tests/support/temp_dir.h"
+#include "tests/support/draw_fixture.h"
+#include "toolkit/keycodes.h"
+#include "toolkit/lang.h"
+#include "toolkit/screen.h"
+#include "toolkit/shared_skin.h"
+#include "toolkit/text.h"
+#include "toolkit/text_menu_item.h"
+#include "toolkit/utf8.h"
+
+namespace {
+
+const SDL_Color sBlack = {0, 0, 0, 255};
+const SDL_Color sWhite = {255, 255, 255, 255};
+const SDL_Color sSubColor = {255, 200, 0, 255};
+const SDL_Color sSeqColor = {200, 200, 255, 255};
+const SDL_Color sHighlight = {0x36, 0xFF, 0xA0, 0};
+const SDL_Color sFocusColor = {200, 40, 40, 255};
+const SDL_Color sNormalColor = {30, 30, 120, 255};
+const int kRowHeight = 96;  // 6 rows, no space
+const int kListTop = 80;
+
+// A drawer over a map of entries (owned; missing indexes are null entries)
+// whose hold-detection clock always reads a pause, so every press moves one.
+class TestDrawer : public TextMenuDrawer {
+public:
+    TestDrawer(int count, const char* focusBg, const char* normalBg)
+        : TextMenuDrawer(focusBg, normalBg, 6, 0), mCount(count) {}
+    ~TestDrawer() override {
+        for (auto& entry : mItems) delete entry.second;
+    }
+    void* getItemByIndex(int index) override {
+        auto at = mItems.find(index);
+        return at == mItems.end() ? nullptr : at->second;
+    }
+    int getListNum() override { return mCount; }
+
+    TextMenuItem* put(int index, TextMenuItem* item) {
+        mItems[index] = item;
+        return item;
+    }
+    void fill() {
+        for (int i = 0; i < mCount; i++)
+            put(i, new TextMenuItem(("Entry " + std::to_string(i)).c_str(), nullptr, nullptr, false));
+    }
+
+    int mCount;
+    std::map<int, TextMenuItem*> mItems;
+
+protected:
+    uint64_t nowMs() override { return mClock += 1000; }
+
+private:
+    uint64_t mClock = 0;
+};
+
+class RecordingAction : public Action {
+public:
+    RecordingAction(int result, int result2) : Action(-1), mResult(result), mResult2(result2) {}
+    int dowork(void* item) override {
+        mItem = item;
+        return mResult;
+    }
+    int dowork2(void* item) override {
+        mItem = item;
+        return mResult2;
+    }
+    int mResult;
+    int mResult2;
+    void* mItem = nullptr;
+};
+
+class CountingAction : public Action {
+public:
+    explicit CountingAction(int* deleted) : Action(-1), mDeleted(deleted) {}
+    ~CountingAction() override { (*mDeleted)++; }
+    int dowork(void*) override { return 0; }
+    int* mDeleted;
+};
+
+// A real screen in a fresh working folder, the list fonts opened from the
+// CJK interface font, and the skin colours set.
+class DrawerTest : public DrawTest {
+protected:
+    void SetUp() override {
+        DrawTest::SetUp();
+        gListFontTxt = TTF_OpenFont(KOVANI_TEST_CJK_FONT, 36);
+        gListFontSubtxt = TTF_OpenFont(KOVANI_TEST_CJK_FONT, 24);
+        gStatFont = TTF_OpenFont(KOVANI_TEST_CJK_FONT, 24);
+        ASSERT_TRUE(gListFontTxt && gListFontSubtxt && gStatFont) << TTF_GetError();
+        gListColorTxt = sWhite;
+        gListColorSubtxt = sSubColor;
+        gListColorSeq = sSeqColor;
+        gStatColorTxt = sWhite;
+        gHighlightColor = sHighlight;
+        writePng(dir() + "skin/focus.png", 600, kRowHeight, sFocusColor, 4);
+        writePng(dir() + "skin/normal.png", 600, kRowHeight, sNormalColor, 4);
+        SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
+        clear(0, 0, 0);
+    }
+    void TearDown() override {
+        gTextSurfaceCache.clear();
+        for (TTF_Font** f : {&gListFontTxt, &gListFontSubtxt, &gStatFont}) {
+            if (*f) TTF_CloseFont(*f);
+            *f = nullptr;
+        }
+        free(gThemePath);
+        gThemePath = nullptr;
+        DrawTest::TearDown();
+    }
+
+    int press(ListMenu& list, int key) {
+        SDL_Event e = {};
+        e.type = SDL_USEREVENT;
+        e.user.code = key;
+        EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
+        int result = KEY_NONE;
+        for (int i = 0; i < 3 && SDL_HasEvent(SDL_USEREVENT); i++) result = list.eventHandling();
+        EXPECT_FALSE(SDL_HasEvent(SDL_USEREVENT)) << "the list read the key";
+        return result;
+    }
+
+    std::vector<Uint32> grab(SDL_Rect area) {
+        std::vector<Uint32> px(size_t(area.w) * area.h);
+        SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
+        return px;
+    }
+
+    // Bounds of the pixels of exactly `color` in `area`; w = 0 when none.
+    SDL_Rect colorBounds(SDL_Color color, SDL_Rect area) {
+        const std::vector<Uint32> px = grab(area);
+        const Uint32 want = (Uint32(color.r) << 16) | (Uint32(color.g) << 8) | color.b;
+        int minX = area.w, minY = area.h, maxX = -1, maxY = -1;
+        for (int y = 0; y < area.h; y++)
+            for (int x = 0; x < area.w; x++) {
+                if ((px[size_t(y) * area.w + x] & 0xFFFFFF) != want) continue;
+                minX = SDL_min(minX, x);
+                minY = SDL_min(minY, y);
+                maxX = SDL_max(maxX, x);
+                maxY = SDL_max(maxY, y);
+            }
+        if (maxX < 0) return SDL_Rect{0, 0, 0, 0};
+        return SDL_Rect{area.x + minX, area.y + minY, maxX - minX + 1, maxY - minY + 1};
+    }
+
+    int textWidth(TTF_Font* f, const std::string& text) {
+        int w = 0;
+        TTF_SizeUTF8(f, text.c_str(), &w, nullptr);
+        return w;
+    }
+
+    int rowTop(int row) { return kListTop + kRowHeight * row; }
+    int listTextTop() { return kListTop + (kRowHeight - TTF_FontHeight(gListFontTxt)) / 2 - 2; }
+
+    TempDeviceRoot mRoot;  // input markers of wait_event
+};
+
+}  // namespace
+
+TEST_F(DrawerTest, CursorRowCarriesTheFocusBackgroundAsTheRangeFollows) {
+    TestDrawer list(20, "skin/focus.png", "skin/normal.png");
+    list.fill();
+    ASSERT_EQ(list.mItemHeight, kRowHeight);
+    const struct {
+        int key;
+        int times;
+        int cursor;
+        int first;
+        int last;
+    } steps[] = {
+        {KEY_NONE, 0, 0, 0, 5},
+        {KEY_DOWN, 5, 5, 0, 5},
+        {KEY_DOWN, 1, 6, 1, 6},   // cursor on the bottom row
+        {KEY_UP, 1, 5, 1, 6},
+        {KEY_UP, 5, 0, 0, 5},     // cursor on the top row
+        {KEY_UP, 1, 19, 14, 19},  // wrap to the end
+        {KEY_DOWN, 1, 0, 0, 5},   // and back to the start
+    };
+    for (const auto& step : steps) {
+        for (int i = 0; i < step.times; i++) press(list, step.key);
+        clear(0, 0, 0);
+        list.draw();
+        EXPECT_EQ(list.mCurrentPos, step.cursor);
+        EXPECT_EQ(list.mFirstVisible, step.first) << "cursor " << step.cursor;
+        EXPECT_EQ(list.mLastVisible, step.last) << "cursor " << step.cursor;
+        for (int row = 0; row < 6; row++) {
+            const bool focused = step.first + row == step.cursor;
+            EXPECT_TRUE(sameColor(pixel(15, rowTop(row) + 48), focused ? sFocusColor : sNormalColor))
+                << "cursor " << step.cursor << ", screen row " << row;
+        }
+    }
+
+    list.mShowFocus = false;
+    clear(0, 0, 0);
+    list.draw();
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(0) + 48), sNormalColor)) << "no focus shown";
+}
+
+TEST_F(DrawerTest, ShortListDrawsItsRowsAndPageNumberAtTheBottomRight) {
+    TestDrawer list(3, "skin/focus.png", "skin/normal.png");
+    list.fill();
+    SDL_Rect half = {0, 80, 620, 580};
+    list.setRect(half);
+    list.draw();
+    EXPECT_EQ(list.mLastVisible, 2);
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(2) + 48), sNormalColor));
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(3) + 48), sBlack)) << "nothing below the last entry";
+
+    const SDL_Rect corner = {620, 660, 660, 60};
+    const SDL_Rect number = inkBounds(sBlack, corner);
+    ASSERT_GT(number.w, 0) << "page number drawn";
+    clear(0, 0, 0);
+    DrawString(gStatFont, SDL_Rect{640, 671, 616, TTF_FontHeight(gStatFont)}, "1/3", sWhite,
+               ALIGN_TOP_RIGHT);
+    const SDL_Rect reference = inkBounds(sBlack, corner);
+    EXPECT_NEAR(number.x + number.w, reference.x + reference.w, 1) << "ends at x 1256";
+    EXPECT_NEAR(number.w, reference.w, 2) << "reads 1/3";
+    EXPECT_NEAR(number.y, reference.y, 1);
+
+    list.mCurrentPos = 2;
+    list.mCount = 17;
+    clear(0, 0, 0);
+    list.draw();
+    const SDL_Rect longer = inkBounds(sBlack, corner);
+    clear(0, 0, 0);
+    DrawString(gStatFont, SDL_Rect{640, 671, 616, TTF_FontHeight(gStatFont)}, "3/17", sWhite,
+               ALIGN_TOP_RIGHT);
+    EXPECT_NEAR(longer.w, inkBounds(sBlack, corner).w, 2) << "reads 3/17";
+
+    list.mShowPageNum = false;
+    clear(0, 0, 0);
+    list.draw();
+    EXPECT_EQ(inkBounds(sBlack, corner).w, 0);
+}
+
+TEST_F(DrawerTest, RowNumbersAreFourDigitsUpToFourNinesAndMissingEntriesShowLoading) {
+    TestDrawer list(10010, nullptr, nullptr);
+    const SDL_Rect numberBox = {28, kListTop + 5, 60, kRowHeight - 5};
+    const SDL_Rect textBox = {95, listTextTop(), 1280 - 120, kRowHeight};
+    const SDL_Rect firstRow = {0, kListTop, 1280, kRowHeight};
+    const struct {
+        int index;
+        const char* number;
+    } cases[] = {{0, "0001"}, {6, "0007"}, {998, "0999"}, {9998, "9999"}, {10005, "9999"}};
+    for (const auto& c : cases) {
+        list.restorePos(c.index, c.index, c.index);
+        clear(0, 0, 0);
+        list.draw();
+        ASSERT_EQ(list.mFirstVisible, c.index);
+        const std::vector<Uint32> drawn = grab(firstRow);
+        clear(0, 0, 0);
+        DrawString(gListFontSubtxt, numberBox, c.number, sSeqColor, ALIGN_CENTER);
+        DrawString(gListFontTxt, textBox, getLangStr(STRING_LOADING_SMALL), sWhite, ALIGN_TOP_LEFT);
+        EXPECT_TRUE(drawn == grab(firstRow)) << "row " << c.index << " shows " << c.number;
+    }
+}
+
+TEST_F(DrawerTest, LongLabelsAreCutByCodePointsWithAnEllipsis) {
+    std::string wide, cjk;
+    for (int i = 0; i < 60; i++) wide += "Wide ";
+    for (int i = 0; i < 60; i++) cjk += "\xe6\x96\xb0";
+    const int textWidthAvailable = 1280 - 60;
+    const char* const labels[] = {"Short.mkv", wide.c_str(), cjk.c_str()};
+    for (const char* label : labels) {
+        TestDrawer list(1, nullptr, nullptr);
+        list.setDrawNum(false);
+        list.put(0, new TextMenuItem(label, nullptr, nullptr, false));
+        clear(0, 0, 0);
+        list.draw();
+        const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
+        const std::vector<Uint32> drawn = grab(row);
+        const SDL_Rect ink = inkBounds(sBlack, row);
+        EXPECT_LE(ink.x + ink.w, 30 + textWidthAvailable) << "stays in its column";
+
+        const int keep = getTruncateLen(gListFontTxt, label, textWidthAvailable, 0);
+        EXPECT_EQ(keep > 0, label != labels[0]) << "only long labels are cut";
+        const std::string shown = keep > 0 ? utf8Substr(label, 0, keep) + "..." : label;
+        clear(0, 0, 0);
+        DrawString(gListFontTxt, SDL_Rect{30, listTextTop(), textWidthAvailable, kRowHeight},
+                   shown.c_str(), sWhite, ALIGN_TOP_LEFT);
+        EXPECT_TRUE(drawn == grab(row)) << "shows " << shown;
+    }
+}
+
+TEST_F(DrawerTest, KeywordIsDrawnInTheHighlightColour) {
+    const struct {
+        const char* label;
+        const char* pinyin;
+        const char* fileName;
+        const char* keyword;
+        bool centred;
+        const char* before;   // text drawn before the highlight; null: no highlight
+        const char* through;  // text drawn up to the highlight's end
+        const char* whole;    // all text drawn
+    } cases[] = {
+        {"Movie", "", "", "ov", false, "M", "Mov", "Movie"},
+        {"Movie", "", "", "OV", true, "M", "Mov", "Movie"},
+        {"\xe6\x96\xb0\xe9\x97\xbb", "xw", "", "W", false, "\xe6\x96\xb0",
+         "\xe6\x96\xb0\xe9\x97\xbb", "\xe6\x96\xb0\xe9\x97\xbb"},
+        {"Holiday", "", "clip2020", "2020", false, "Holiday(clip", "Holiday(clip2020",
+         "Holiday(clip2020)"},
+        {"Movie", "", "", "zz", false, nullptr, nullptr, "Movie"},
+        {"Movie", "", "clip", "zz", false, nullptr, nullptr, "Movie"},
+        {"Movie", "", "", "", false, nullptr, nullptr, "Movie"},
+    };
+    const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
+    for (const auto& c : cases) {
+        TestDrawer list(1, nullptr, nullptr);
+        list.setDrawNum(false);
+        list.mShowPageNum = false;
+        list.mCentreText = c.centred;
+        list.mKeyword = c.keyword;
+        TextMenuItem* item = list.put(0, new TextMenuItem(c.label, nullptr, nullptr, false));
+        item->mPinyin = c.pinyin;
+        item->mFileName = c.fileName;
+        clear(0, 0, 0);
+        list.draw();
+
+        const int whole = textWidth(gListFontTxt, c.whole);
+        const int x0 = c.centred ? 30 + (1220 - whole) / 2 : 30;
+        const SDL_Rect ink = inkBounds(sBlack, row);
+        EXPECT_NEAR(ink.x + ink.w, x0 + whole, 4) << c.label << " / " << c.keyword << ": whole text";
+        const SDL_Rect lit = colorBounds(sHighlight, row);
+        if (!c.before) {
+            EXPECT_EQ(lit.w, 0) << c.label << " / " << c.keyword << ": nothing highlighted";
+            continue;
+        }
+        ASSERT_GT(lit.w, 0) << c.label << " / " << c.keyword;
+        EXPECT_GE(lit.x, x0 + textWidth(gListFontTxt, c.before) - 2) << c.label << " / " << c.keyword;
+        EXPECT_LE(lit.x + lit.w, x0 + textWidth(gListFontTxt, c.through) + 2)
+            << c.label << " / " << c.keyword;
+        EXPECT_GT(colorBounds(sWhite, SDL_Rect{0, kListTop, lit.x, kRowHeight}).w, 0)
+            << c.label << " / " << c.keyword << ": plain text before the match";
+    }
+}
+
+TEST_F(DrawerTest, SecondLineAndLabelIconTakeTheirPlaces) {
+    const int f = TTF_FontHeight(gListFontTxt);
+    const int g = TTF_FontHeight(gListFontSubtxt);
+    const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
+    {
+        TestDrawer list(1, nullptr, nullptr);
+        TextMenuItem* item = list.put(0, new TextMenuItem("Title", nullptr, nullptr, false));
+        item->mHasSubLabel = true;
+        item->mSubLabel = "Details";
+        list.draw();
+        const SDL_Rect label = colorBounds(sWhite, SDL_Rect{95, kListTop, 1160, kRowHeight});
+        const SDL_Rect second = colorBounds(sSubColor, row);
+        ASSERT_GT(label.w, 0);
+        ASSERT_GT(second.w, 0);
+        EXPECT_GE(label.y, kListTop + 60 - f);
+        EXPECT_LE(label.y + label.h, kListTop + 60);
+        EXPECT_GE(second.y, kListTop + 90 - g);
+        EXPECT_LE(second.y + second.h, kListTop + 90);
+        EXPECT_GE(second.x, 95);
+    }
+
+    const SDL_Color green = {0, 200, 0, 255};
+    writePng(dir() + "skin/icon.png", 40, 40, green, 4);
+    KovaniSurface* icon = LoadKovaniSurface(nullptr, "./", "skin/icon.png");
+    ASSERT_TRUE(icon);
+    for (bool numbers : {false, true}) {
+        TestDrawer list(1, nullptr, nullptr);
+        list.setDrawNum(numbers);
+        list.put(0, new TextMenuItem("Clip", icon, nullptr, false));
+        clear(0, 0, 0);
+        list.draw();
+        const SDL_Rect drawnIcon = colorBounds(green, row);
+        if (numbers) {
+            EXPECT_EQ(drawnIcon.w, 0) << "no label icon beside numbers";
+            continue;
+        }
+        EXPECT_EQ(drawnIcon.x, 30);
+        EXPECT_EQ(drawnIcon.y, kListTop + (kRowHeight - 40) / 2);
+        EXPECT_EQ(drawnIcon.w, 40);
+        EXPECT_EQ(drawnIcon.h, 40);
+        const SDL_Rect label = colorBounds(sWhite, row);
+        ASSERT_GT(label.w, 0);
+        EXPECT_GE(label.x, 30 + 40 + 7) << "the label moves past the icon";
+    }
+    delete icon;  // entries never own their icon
+}
+
+TEST_F(DrawerTest, ChoosingAnEntryRunsItsActionWithTheEntry) {
+    const struct {
+        const char* name;
+        bool hasEntry;
+        bool hasAction;
+        int result;
+        int result2;
+        int chosen;
+        int chosen2;
+    } cases[] = {
+        {"action succeeds", true, true, 5, 8, 5, 8},
+        {"action fails", true, true, -7, -3, -1, -1},
+        {"entry without action", true, false, 0, 0, -1, -1},
+        {"no entry", false, false, 0, 0, -1, -1},
+    };
+    for (const auto& c : cases) {
+        TestDrawer list(3, nullptr, nullptr);
+        list.mCurrentPos = 1;
+        RecordingAction* action = c.hasAction ? new RecordingAction(c.result, c.result2) : nullptr;
+        TextMenuItem* item = c.hasEntry ? list.put(1, new TextMenuItem("Pick", nullptr, action, true))
+                                        : nullptr;
+        CaptureStdout capture;
+        EXPECT_EQ(press(list, KEY_A), c.chosen) << c.name;
+        std::string expected;
+        if (action) {
+            char line[128];
+            snprintf(line, sizeof line, "Pick dowork %p\n", static_cast<void*>(item));
+            expected = line;
+            EXPECT_EQ(action->mItem, item) << c.name << ": the action gets its entry";
+        }
+        EXPECT_EQ(capture.finish(), expected) << c.name;
+
+        CaptureStdout capture2;
+        if (action) action->mItem = nullptr;
+        EXPECT_EQ(press(list, KEY_X), c.chosen2) << c.name;
+        EXPECT_EQ(capture2.finish(), "key_x\nTextMenuDrawer::xselect\n") << c.name;
+        if (action) {
+            EXPECT_EQ(action->mItem, item) << c.name;
+        }
+    }
+}
+
+TEST_F(DrawerTest, RefreshReloadsTheRowImagesFromANewTheme) {
+    const SDL_Color green = {0, 200, 0, 255};
+    const SDL_Color yellow = {220, 220, 0, 255};
+    writePng(dir() + "t1/skin/own-f.png", 600, kRowHeight, sFocusColor, 4);
+    writePng(dir() + "t1/skin/own-n.png", 600, kRowHeight, sNormalColor, 4);
+    writePng(dir() + "t2/skin/bg-list-f.png", 600, kRowHeight, green, 4);
+    writePng(dir() + "t2/skin/bg-list-n.png", 600, kRowHeight, yellow, 4);
+    gThemePath = strdup((dir() + "t1/").c_str());
+
+    TestDrawer list(3, "skin/own-f.png", "skin/own-n.png");
+    TestDrawer halfLoaded(3, "skin/own-f.png", "skin/missing.png");
+    EXPECT_EQ(halfLoaded.mNormalBg, nullptr);
+    list.draw();
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(0) + 48), sFocusColor));
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(1) + 48), sNormalColor));
+
+    KovaniSurface* const before = list.mFocusBg;
+    list.refresh();
+    EXPECT_EQ(list.mFocusBg, before) << "same theme: nothing reloaded";
+
+    free(gThemePath);
+    gThemePath = strdup((dir() + "t2/").c_str());
+    list.refresh();
+    halfLoaded.refresh();
+    EXPECT_EQ(list.mThemePath, dir() + "t2/");
+    EXPECT_EQ(halfLoaded.mNormalBg, nullptr) << "only images that were loaded are reloaded";
+    clear(0, 0, 0);
+    list.draw();
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(0) + 48), green));
+    EXPECT_TRUE(sameColor(pixel(15, rowTop(1) + 48), yellow));
+}
+
+TEST(TextMenuItem, LabelFallsBackToLanguageStrings) {
+    const struct {
+        const char* label;
+        int id;
+        std::string expected;
+    } cases[] = {
+        {"Abc", 5, "Abc"}, {"", -1, ""}, {nullptr, -1, ""},
+        {"", STRING_LOADING_SMALL, "LOADING..."}, {"", 500, "wrongbeef"},
+    };
+    for (const auto& c : cases) {
+        TextMenuItem item(c.label, nullptr, nullptr, false);
+        item.mLabelId = c.id;
+        EXPECT_EQ(item.getLabel(), c.expected) << "id " << c.id;
+        item.mSubLabel = c.label ? c.label : "";
+        item.mSubLabelId = c.id;
+        EXPECT_EQ(item.getSubLabel(), "") << "no second line";
+        item.mHasSubLabel = true;
+        EXPECT_EQ(item.getSubLabel(), c.expected) << "id " << c.id;
+    }
+    TextMenuItem fresh("", nullptr, nullptr, false);
+    EXPECT_EQ(fresh.getLabel(), "") << "no language string until one is chosen";
+}
+
+TEST(TextMenuItem, DeletesItsActionOnlyWhenItOwnsIt) {
+    int deleted = 0;
+    CountingAction kept(&deleted);
+    { TextMenuItem item("a", nullptr, &kept, false); }
+    EXPECT_EQ(deleted, 0);
+    { TextMenuItem item("b", nullptr, new CountingAction(&deleted), true); }
+    EXPECT_EQ(deleted, 1);
+}

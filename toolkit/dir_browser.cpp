@@ -1,0 +1,223 @@
+#include "dir_browser.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <limits.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+
+#include "entry_order.h"
+#include "logger.h"
+
+namespace {
+
+// Hidden folders (".thumbnails", ".") are never listed; ".." only below the
+// top folder.
+bool skipFolder(const char* name, int withParent) {
+    if (name[0] == '\0') return true;
+    if (name[0] != '.') return false;
+    return !(withParent && strcmp(name, "..") == 0);
+}
+
+void deleteMenu(std::vector<void*>* menu) {
+    for (void* entry : *menu) delete static_cast<TextMenuItem*>(entry);
+    delete menu;
+}
+
+// The folder-list order of two entries that both carry a FileAction:
+// larger type first, then strcmp of the labels.
+bool listsBefore(const TextMenuItem* a, const TextMenuItem* b) {
+    const int typeA = static_cast<const FileAction*>(a->mAction)->mFileType;
+    const int typeB = static_cast<const FileAction*>(b->mAction)->mFileType;
+    if (typeA != typeB) return typeA > typeB;
+    return strcmp(a->mLabel.c_str(), b->mLabel.c_str()) < 0;
+}
+
+// Inserts a folder's entries, given in the order they were read, with
+// additemsorted. Fed in list order each insertion lands at the end, so
+// nothing is moved and a folder costs one sort instead of time growing with
+// the square of its size. The stable sort keeps entries with equal type and
+// label in reading order, so the result is the same as inserting them as
+// read. An entry without action has no such order and leaves the entries as
+// read.
+void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items) {
+    const bool allActions =
+        std::all_of(items.begin(), items.end(), [](const TextMenuItem* item) { return item->mAction; });
+    if (allActions) std::stable_sort(items.begin(), items.end(), listsBefore);
+    list->reserve(list->size() + items.size());
+    for (TextMenuItem* item : items) additemsorted(list, item);
+}
+
+size_t entryCount(const std::vector<MenuCache>& cache) {
+    size_t total = 0;
+    for (const MenuCache& record : cache) total += record.menu->size();
+    return total;
+}
+
+// The part of `startDir` below `rootDir` ("" for the top folder itself), or
+// null when `startDir` does not lie below it. A name that merely begins like
+// the top folder ("/mnt/database" for "/mnt/data") does not.
+const char* belowRoot(const char* rootDir, const char* startDir) {
+    if (!startDir) return nullptr;
+    const size_t n = strlen(rootDir);
+    if (strncmp(startDir, rootDir, n) != 0) return nullptr;
+    const char* rest = startDir + n;
+    if (*rest == '\0' || *rest == '/' || (n > 0 && rootDir[n - 1] == '/')) return rest;
+    return nullptr;
+}
+
+}  // namespace
+
+int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent) {
+    if (!list || !dir || !handler) {
+        tprintf("loaddir: missing list, folder or handler\n");
+        return 0;
+    }
+    // Folder, "/", a name of up to NAME_MAX bytes and the terminator.
+    const size_t dirLen = strlen(dir);
+    char* path = static_cast<char*>(malloc(dirLen + NAME_MAX + 2));
+    if (!path) {
+        tprintf("loaddir %s: no memory for a path\n", dir);
+        return -1;
+    }
+    DIR* folder = opendir(dir);
+    if (!folder) {
+        tprintf("loaddir %s: %s\n", dir, strerror(errno));
+        tprintf("loaddir %s %d\n", dir, 0);
+        free(path);
+        return 0;
+    }
+    memcpy(path, dir, dirLen);
+    path[dirLen] = '/';
+    char* const nameInPath = path + dirLen + 1;
+
+    std::vector<TextMenuItem*> items;
+    for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
+        const char* name = entry->d_name;
+        memcpy(nameInPath, name, strlen(name) + 1);
+        struct stat st;
+        // Relative to the open folder, following links; a dangling link or a
+        // loop of links fails here and is left out.
+        if (fstatat(dirfd(folder), name, &st, 0) != 0) continue;
+        int type;
+        if (S_ISDIR(st.st_mode)) {
+            if (skipFolder(name, withParent)) continue;
+            type = DIR_ENTRY_FOLDER;
+        } else if (S_ISREG(st.st_mode)) {
+            type = DIR_ENTRY_FILE;
+        } else {
+            continue;
+        }
+        if (items.size() >= size_t(kDirEntryLimit)) break;
+        TextMenuItem* item = handler(name, path, type);
+        if (item) items.push_back(item);
+    }
+    closedir(folder);
+    insertAll(list, items);
+    const int count = int(items.size());
+    tprintf("loaddir %s %d\n", dir, count);
+    free(path);
+    return count;
+}
+
+DirBrowser::DirBrowser(DirEntryHandler handler, DirEntryFilter filter)
+    : mFilter(filter), mHandler(handler) {}
+
+DirBrowser::~DirBrowser() { freeCache(); }
+
+std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDir) {
+    if (!rootDir) rootDir = "";
+    freeCache();
+    mDirStack.clear();
+    mDirStack.push_back(rootDir);
+
+    const char* rest = belowRoot(rootDir, startDir);
+    if (!rest) return readIntoCache(rootDir, false);
+
+    // One stack level per folder name below the top folder; empty names
+    // (doubled or trailing "/") are no level.
+    std::string running = rootDir;
+    while (*rest) {
+        while (*rest == '/') rest++;
+        if (!*rest) break;
+        const char* end = strchr(rest, '/');
+        const size_t len = end ? size_t(end - rest) : strlen(rest);
+        running += '/';
+        running.append(rest, len);
+        mDirStack.push_back(running);
+        rest += len;
+    }
+    for (size_t i = 0; i < mDirStack.size(); i++) tprintf("dir %d %s\n", int(i), mDirStack[i].c_str());
+
+    std::vector<void*>* list = new std::vector<void*>;
+    loaddir(list, startDir, mHandler, mDirStack.size() >= 2);
+    mCache.push_back(MenuCache{mDirStack.back(), list});
+    return list;
+}
+
+std::vector<void*>* DirBrowser::getMenu(const char* path) {
+    if (!path) return nullptr;
+    for (size_t i = 0; i < mCache.size(); i++) {
+        if (strcmp(mCache[i].path.c_str(), path) != 0) continue;
+        MenuCache record = mCache[i];
+        mCache.erase(mCache.begin() + long(i));
+        mCache.insert(mCache.begin(), record);
+        tprintf("found menu for %s\n", path);
+        return record.menu;
+    }
+    return nullptr;
+}
+
+std::vector<void*>* DirBrowser::ParentDir() {
+    if (mDirStack.empty()) {
+        tprintf("parentdir: no folder loaded\n");
+        return nullptr;
+    }
+    if (mDirStack.size() >= 2) mDirStack.pop_back();
+    const std::string path = mDirStack.back();
+    std::vector<void*>* list = getMenu(path.c_str());
+    if (list) return list;
+    clearSpace();
+    list = readIntoCache(path, mDirStack.size() >= 2);
+    tprintf("parentdir %s return %p\n", path.c_str(), static_cast<void*>(list));
+    return list;
+}
+
+std::vector<void*>* DirBrowser::ChildDir(const char* path) {
+    if (!path) return nullptr;
+    // A copy: `path` may belong to an entry of a list that clearSpace drops.
+    const std::string dir = path;
+    mDirStack.push_back(dir);
+    std::vector<void*>* list = getMenu(dir.c_str());
+    if (list) return list;
+    clearSpace();
+    list = readIntoCache(dir, true);
+    tprintf("childdir %s return %p\n", dir.c_str(), static_cast<void*>(list));
+    return list;
+}
+
+void DirBrowser::clearSpace() {
+    if (mCache.size() < 2) return;
+    size_t total = entryCount(mCache);
+    while (total > size_t(kDirCacheEntryLimit)) {
+        deleteMenu(mCache.back().menu);
+        mCache.pop_back();
+        total = entryCount(mCache);
+    }
+}
+
+void DirBrowser::freeCache() {
+    for (MenuCache& record : mCache) deleteMenu(record.menu);
+    mCache.clear();
+}
+
+std::vector<void*>* DirBrowser::readIntoCache(const std::string& path, bool withParent) {
+    std::vector<void*>* list = new std::vector<void*>;
+    loaddir(list, path.c_str(), mHandler, withParent);
+    mCache.insert(mCache.begin(), MenuCache{path, list});
+    return list;
+}

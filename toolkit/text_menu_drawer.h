@@ -1,0 +1,67 @@
+#pragma once
+
+#include <SDL2/SDL.h>
+#include <SDL2/SDL_ttf.h>
+
+#include <string>
+
+#include "kovani_surface.h"
+#include "list_menu.h"
+
+// A list drawn as text rows: row background, optional number, optional label
+// icon, the label (cut with "..." when too wide, search keyword highlighted)
+// and an optional second line; the page position at the bottom right.
+// Choosing an entry runs its Action. Subclasses keep the entries:
+// getItemByIndex returns a TextMenuItem* (as void*), null for none, and
+// getListNum their count. Main thread only.
+class TextMenuDrawer : public ListMenu {
+public:
+    // Row images are loaded from the theme (falling back to "./"); either file
+    // may be null. Row height = (580 - (rowsPerPage - 1) * ySpace) / rowsPerPage.
+    TextMenuDrawer(const char* focusBgFile, const char* normalBgFile, int rowsPerPage, int ySpace);
+    ~TextMenuDrawer() override;
+    TextMenuDrawer(const TextMenuDrawer&) = delete;
+    TextMenuDrawer& operator=(const TextMenuDrawer&) = delete;
+
+    // Runs the cursor entry's dowork; -1 without entry or action, or when
+    // the action fails.
+    int select() override;
+    // Brings the visible range into line with the cursor and draws it.
+    void draw() override;
+    // As select, with dowork2.
+    int xselect() override;
+    // After a theme change reloads the row images from the new theme.
+    void refresh() override;
+    // Draws min(number, 9999) as four digits centred in `rect`; its width.
+    virtual int drawListNum(int number, SDL_Rect& rect, TTF_Font* font);
+
+    void setDrawNum(bool on);
+
+    // Draws one label, `keyword` highlighted where PinyinStrstr finds it in
+    // `pinyin`, or else in the label followed by "(fileName)" against
+    // `pinyin` followed by "(originalPinyin)"; then that longer text is drawn.
+    // `centred` centres it in `rect`.
+    void drawListText(TTF_Font* font, SDL_Rect rect, const char* text, SDL_Color color,
+                      int centred, bool shadow, const char* keyword, const char* pinyin,
+                      const char* originalPinyin, const char* fileName);
+
+    bool mShowFocus;            // the cursor row gets mFocusBg
+    KovaniSurface* mFocusBg;    // owned; may be null
+    KovaniSurface* mNormalBg;   // owned; may be null
+    KovaniSurface* mCursorIcon;  // owned; may be null: mark left of the cursor row
+    int mItemHeight;            // pixels of one row
+    int mYSpaceInList;          // pixels between rows
+    bool mDrawNum;              // rows carry a four-digit number
+    bool mShowPageNum;          // "cursor/count" at the bottom right of the screen
+    SDL_Color mTextColor;       // label colour
+    bool mShadow;               // the cursor row's texts get a shadow
+    int mRowsPerPage;
+    std::string mThemePath;     // theme the row images came from
+    int mBgOffsetX;             // x of the row images inside the list
+    bool mCentreText;           // labels centred in their row
+
+private:
+    void alignVisibleRange(int count);
+    void drawRow(int index, int y);
+    void drawPageNumber(int count);
+};

@@ -1,0 +1,69 @@
+#pragma once
+
+// Wi-Fi state for the status bar. Asking the supplicant costs two shell
+// commands, far too slow for a frame, so a background thread polls it and
+// publishes each result whole; the main thread only ever copies the record.
+
+// Connection states as the supplicant's "wpa_state" names them.
+enum {
+    WPA_STATE_OTHER = 0,  // DISABLED and every state not listed here
+    WPA_STATE_INACTIVE = 1,
+    WPA_STATE_SCANNING = 2,
+    WPA_STATE_COMPLETED = 4,  // the only connected state
+    WPA_STATE_4WAY_HANDSHAKE = 6,
+};
+
+// One poll of the supplicant. A key missing from its output leaves the field
+// 0 or empty.
+struct WpaMsg {
+    int state;            // WPA_STATE_*
+    char ssid[64];        // network name, "\x" escapes decoded
+    char ip_address[24];
+    int rssi;             // dBm
+    int linkspeed;
+    int noise;
+    int frequency;        // MHz
+    int id;               // the supplicant's network id
+};
+
+// Parses the text of `wpa_cli status` followed by `wpa_cli signal_poll`.
+// Keys count only at the start of a line; string values are one word, cut to
+// their field. `text` may be NULL (an all-zero record).
+WpaMsg parseWpaStatus(const char* text);
+
+// How the monitor reaches the supplicant: the system's shell and process
+// table on the device, a stand-in in tests.
+class WpaShell {
+public:
+    virtual ~WpaShell() {}
+    // True when a supplicant process runs, so that polling it makes sense.
+    virtual bool supplicantRunning() = 0;
+    // Runs one shell command line; its status as system() reports it.
+    virtual int run(const char* command) = 0;
+};
+
+// The real one: system() and the process table. Never deleted.
+WpaShell* systemWpaShell();
+
+// One poll through `shell`: the two wpa_cli commands write the scratch file
+// (DEVICE_PATH_WPA_STATUS), which is then read and parsed. An unreadable
+// file gives an all-zero record.
+WpaMsg rx_get_wpa_msg(WpaShell* shell);
+WpaMsg rx_get_wpa_msg();
+
+// Clears the published record and starts the monitor thread, which polls
+// every 3 s while the supplicant runs (the record keeps its last value while
+// it does not). 0 when started; -1, record untouched, when it already runs
+// (logged) or the thread could not be created. Start and stop are called
+// from one thread.
+int rx_wifi_monitor_start();
+// The same with another shell (not owned; it must outlive the monitor) and
+// poll period, for tests.
+int wifi_monitor_start(WpaShell* shell, int periodMs);
+// Wakes the thread and joins it; returns within one poll. Nothing happens
+// when no monitor runs.
+void rx_wifi_monitor_stop();
+
+// The last record the monitor published (all zero before its first poll),
+// copied whole under the publication lock. Any thread.
+WpaMsg rx_copy_wpa_msg();

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <SDL2/SDL.h>
+
+#include "kovani_surface.h"
+
+// Pieces of the top and bottom bars (KovaniWindow::drawNavBar and
+// drawStatBar). Main thread only.
+
+// A status icon's box in the top bar, placed BAR_SLOT_TOP below the bar's
+// top. Icons sit on a BAR_SLOT_PITCH grid leftwards from the battery group.
+enum { BAR_SLOT_W = 33, BAR_SLOT_H = 32, BAR_SLOT_TOP = 19, BAR_SLOT_PITCH = 42 };
+
+// Draws the skin icon `name` ("skin/....png") at its own size, centred in the
+// BAR_SLOT_W x BAR_SLOT_H box at slot.x, slot.y (slot.w and slot.h are not
+// used). Icons are loaded once into gIconCache; a missing one draws nothing
+// and is not looked for again while the cache keeps its place.
+void draw_bar_icon(const SDL_Rect& slot, const char* name);
+
+// Draws the battery group (percentage, level icon, charging plug) of a top
+// bar at offset y, right-aligned at the screen edge; returns its width.
+int draw_battery_icon(int y);
+
+// Draws one button tip of a bottom bar row starting at (x, y): the icon,
+// then `text`. Returns icon width + 10 + text width.
+int draw_stat_icon_item_left(KovaniSurface* icon, int x, int y, const char* text);
+
+// The battery, process and Bluetooth state behind the top bar is read at
+// most once a second; this makes the next bar read it again.
+void invalidateBarStatus();

@@ -1,0 +1,136 @@
+// avworker: the decoder process for desktop builds. The player starts it with
+// the file to play, writes commands into the command file and reads the
+// status and information files twice a second; SIGTERM (killall) ends it.
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/signalfd.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "command_watch.h"
+#include "decoder_command.h"
+#include "mpv_decoder.h"
+#include "platform/device_paths.h"
+#include "toolkit/logger.h"
+
+namespace {
+
+const int kReportPeriodMs = 500;
+
+long long nowMs() {
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return (long long)ts.tv_sec * 1000 + ts.tv_nsec / 1000000;
+}
+
+// The signals that end the decoder arrive through a descriptor in the main
+// loop. They are blocked before mpv starts its threads, which inherit the
+// mask, so no mpv thread is ever interrupted by them.
+int openSignalFd() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGTERM);
+    sigaddset(&set, SIGINT);
+    sigaddset(&set, SIGHUP);
+    if (sigprocmask(SIG_BLOCK, &set, nullptr) != 0) return -1;
+    return signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
+}
+
+// The command file holds one short line; a longer content is malformed anyway.
+void runCommandFile(MpvDecoder* decoder) {
+    char text[256];
+    int fd = open(devicePath(DEVICE_PATH_PLAYER_CMD), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) {
+        tprintf("avworker: cannot open the command file: %s\n", strerror(errno));
+        return;
+    }
+    const ssize_t n = read(fd, text, sizeof text - 1);
+    close(fd);
+    text[n > 0 ? n : 0] = '\0';
+    // Empty while a writer has truncated the file but not yet written; its
+    // own close brings the new command.
+    if (n <= 0) return;
+    DecoderCommand command;
+    if (parseDecoderCommand(text, &command) != 0) {
+        tprintf("avworker: ignored command \"%s\"\n", text);
+        return;
+    }
+    decoder->apply(command);
+}
+
+bool hasDisplay() {
+    const char* x11 = getenv("DISPLAY");
+    const char* wayland = getenv("WAYLAND_DISPLAY");
+    return (x11 && *x11) || (wayland && *wayland);
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    initLogger(1);
+    if (argc != 2) {
+        tprintf("avworker: usage: avworker FILE\n");
+        return 2;
+    }
+    // The player hands over only the file; a test that points the device
+    // paths at a folder of its own passes that folder through the environment.
+    if (const char* prefix = getenv("KOVANI_PATH_PREFIX")) setDevicePathPrefix(prefix);
+
+    const int signals = openSignalFd();
+    if (signals < 0) {
+        tprintf("avworker: cannot take signals: %s\n", strerror(errno));
+        return 1;
+    }
+    // The folder belongs to the decoder: the player neither makes nor cleans it.
+    std::error_code ec;
+    std::filesystem::create_directories(devicePath(DEVICE_PATH_PLAYER_DIR), ec);
+    if (ec) {
+        tprintf("avworker: cannot make %s: %s\n", devicePath(DEVICE_PATH_PLAYER_DIR),
+                ec.message().c_str());
+        return 1;
+    }
+    // Watching starts before mpv loads, so a command sent early is not lost.
+    CommandWatch watch;
+    if (watch.open(devicePath(DEVICE_PATH_PLAYER_CMD)) != 0) return 1;
+
+    MpvDecoder decoder;
+    if (decoder.open(argv[1], hasDisplay()) != 0) return 1;
+    tprintf("avworker: playing %s\n", argv[1]);
+    // Replaces whatever an earlier decoder left, such as its "completed".
+    decoder.writeReports();
+
+    struct pollfd fds[2] = {{signals, POLLIN, 0}, {watch.fd(), POLLIN, 0}};
+    long long nextReport = nowMs() + kReportPeriodMs;
+    while (true) {
+        const long long wait = nextReport - nowMs();
+        fds[0].revents = fds[1].revents = 0;
+        if (poll(fds, 2, wait > 0 ? (int)wait : 0) < 0 && errno != EINTR) {
+            tprintf("avworker: poll failed: %s\n", strerror(errno));
+            break;
+        }
+        if (fds[0].revents) break;
+        if (fds[1].revents) {
+            const int writes = watch.takeWrites();
+            // Without a watch the decoder keeps playing and reporting.
+            if (writes < 0) fds[1].fd = -1;
+            for (int i = 0; i < writes; i++) runCommandFile(&decoder);
+        }
+        if (!decoder.handleEvents()) break;
+        if (nowMs() >= nextReport) {
+            decoder.writeReports();
+            nextReport += kReportPeriodMs;
+            // After a stall the reports resume on the period, not in a burst.
+            if (nextReport < nowMs()) nextReport = nowMs() + kReportPeriodMs;
+        }
+    }
+    tprintf("avworker: quit\n");
+    close(signals);
+    return 0;
+}
