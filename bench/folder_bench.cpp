@@ -83,7 +83,8 @@ TextMenuItem* videoEntry(const char* name, const char* path, int type) {
 std::string makeVideoFolder(int count) {
     char tmpl[] = "/tmp/kovani_bench_XXXXXX";
     if (!mkdtemp(tmpl)) return "";
-    const char* const words[] = {"Holiday", "clip", "Concert", "lecture", "Match", "trailer", "Zoo", "家庭"};
+    const char* const words[] = {"Holiday", "clip",    "Concert", "lecture",
+                                 "Match",   "trailer", "Zoo",     "家庭"};
     const char* const extensions[] = {".mp4", ".mkv", ".avi", ".mov", ".webm", ".ts"};
     char path[512];
     for (int i = 0; i < count; i++) {
@@ -91,7 +92,11 @@ std::string makeVideoFolder(int count) {
         snprintf(path, sizeof path, "%s/%s %05u%s", tmpl, words[i % 8], (unsigned(i) * 7919u) % 100000u,
                  extensions[i % 6]);
         const int fd = open(path, O_CREAT | O_WRONLY, 0644);
-        if (fd < 0) return "";
+        if (fd < 0) {
+            std::error_code ec;
+            std::filesystem::remove_all(tmpl, ec);
+            return "";
+        }
         close(fd);
     }
     return tmpl;

@@ -126,6 +126,16 @@ void PlayerWindow::init() {
     mPlayer.init();
 }
 
+// However the program ends (the quit question, SIGTERM), the open folder is
+// kept for the next start and no decoder is left running.
+void PlayerWindow::quit() {
+    if (!sLoading) {
+        const char* dir = mMenu.getCurrentDir();
+        if (dir) gSavedDir = dir;
+    }
+    if (mPlayer.getUrl() && check_process_exist("avworker") > 0) mPlayer.stop();
+}
+
 const char* PlayerWindow::getTitle() {
     return mCurrentName.empty() ? KovaniWindow::getTitle() : nullptr;
 }

@@ -32,7 +32,7 @@ public:
 
     int eventHandling() override;
     int draw() override;
-    void quit() override {}
+    void quit() override;
     void init() override;
     void saveState(cJSON*) override {}
     int restoreState(cJSON*) override { return 0; }

@@ -42,12 +42,13 @@ bool listsBefore(const TextMenuItem* a, const TextMenuItem* b) {
 // nothing is moved and a folder costs one sort instead of time growing with
 // the square of its size. The stable sort keeps entries with equal type and
 // label in reading order, so the result is the same as inserting them as
-// read. An entry without action has no such order and leaves the entries as
-// read.
+// read. Entries without action have no such order: with one in the list or
+// among the new entries, they are inserted as read.
 void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items) {
-    const bool allActions =
-        std::all_of(items.begin(), items.end(), [](const TextMenuItem* item) { return item->mAction; });
-    if (allActions) std::stable_sort(items.begin(), items.end(), listsBefore);
+    const auto hasAction = [](const void* entry) { return static_cast<const TextMenuItem*>(entry)->mAction; };
+    const bool ordered = std::all_of(items.begin(), items.end(), hasAction) &&
+                         std::all_of(list->begin(), list->end(), hasAction);
+    if (ordered) std::stable_sort(items.begin(), items.end(), listsBefore);
     list->reserve(list->size() + items.size());
     for (TextMenuItem* item : items) additemsorted(list, item);
 }

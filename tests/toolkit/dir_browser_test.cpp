@@ -41,10 +41,6 @@ TextMenuItem* firstFilesOfTake(const char* name, const char* path, int type) {
     return entryFor(name, path, type);
 }
 
-bool offered(const std::string& name, int type) {
-    return std::find(sOffered.begin(), sOffered.end(), std::make_pair(name, type)) != sOffered.end();
-}
-
 void freeList(std::vector<void*>& list) {
     for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
     list.clear();
@@ -62,6 +58,17 @@ Names stackBelow(const DirBrowser& browser, const std::string& prefix) {
     return out;
 }
 
+// Label and path of every entry ("" for an entry without action).
+Names described(const std::vector<void*>& list) {
+    Names out;
+    for (void* entry : list) {
+        TextMenuItem* item = static_cast<TextMenuItem*>(entry);
+        const FileAction* action = static_cast<const FileAction*>(item->mAction);
+        out.push_back(item->mLabel + " " + (action ? action->mPath : ""));
+    }
+    return out;
+}
+
 int occurrences(const std::string& text, const std::string& what) {
     int n = 0;
     for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1)) n++;
@@ -72,7 +79,9 @@ int occurrences(const std::string& text, const std::string& what) {
 
 TEST(LoadDirTest, FoldersComeFirstThenFilesEachInByteOrder) {
     TempFolder top;
-    for (const char* name : {"Zeta", "alpha", "Beta", "中文目录", "10", "9", ".thumbnails"}) top.dir(name);
+    // Hidden folders are never offered, ".." only below the top; hidden files are.
+    for (const char* name : {"Zeta", "alpha", "Beta", "中文目录", "10", "9", ".thumbnails", "..more"})
+        top.dir(name);
     for (const char* name : {"b.mkv", "B.mkv", "a.avi", "10.mp4", "9.mp4", "abc.mp4", "Abc.mp4",
                              "视频.mp4", "_x.mkv", ".hidden.mkv"})
         top.file(name);
@@ -96,13 +105,13 @@ TEST(LoadDirTest, FoldersComeFirstThenFilesEachInByteOrder) {
 
 // Entries labelled "same" whatever their name, so that labels tie.
 TextMenuItem* sameLabel(const char* name, const char* path, int type) {
-    recordingEntry(name, path, type);
+    sOffered.emplace_back(name, type);
     return new TextMenuItem("same", nullptr, new TestFileAction(path, FILE_ACTION_PLAYABLE), true);
 }
 
 // Entries whose name begins with "n" have no action.
 TextMenuItem* someWithoutAction(const char* name, const char* path, int type) {
-    recordingEntry(name, path, type);
+    sOffered.emplace_back(name, type);
     if (name[0] == 'n') return new TextMenuItem(name, nullptr, nullptr, false);
     return entryFor(name, path, type);
 }
@@ -111,6 +120,8 @@ TEST(LoadDirTest, ListOrderIsThatOfInsertingTheEntriesAsTheyWereRead) {
     TempFolder top;
     for (const char* name : {"d1", "n2", "b3", "n0", "a9", "c5"}) top.dir(name);
     for (const char* name : {"n1.mkv", "z.mkv", "n9.mkv", "a.mkv", "m.mkv", "b.mkv"}) top.file(name);
+    // Enough entries that a sort which does not keep ties in order shows it.
+    for (int i = 0; i < 40; i++) top.file("t" + std::to_string(i * 7 % 40) + ".mkv");
     for (DirEntryHandler handler : {recordingEntry, sameLabel, someWithoutAction}) {
         sOffered.clear();
         std::vector<void*> list;
@@ -122,37 +133,9 @@ TEST(LoadDirTest, ListOrderIsThatOfInsertingTheEntriesAsTheyWereRead) {
             TextMenuItem* item = handler(read.first.c_str(), path.c_str(), read.second);
             additemsorted(&expected, item);
         }
-        ASSERT_EQ(list.size(), expected.size());
-        for (size_t i = 0; i < list.size(); i++) {
-            TextMenuItem* got = static_cast<TextMenuItem*>(list[i]);
-            TextMenuItem* want = static_cast<TextMenuItem*>(expected[i]);
-            EXPECT_EQ(got->mLabel, want->mLabel) << i;
-            if (got->mAction && want->mAction) {
-                EXPECT_EQ(static_cast<FileAction*>(got->mAction)->mPath,
-                          static_cast<FileAction*>(want->mAction)->mPath) << i;
-            }
-        }
+        EXPECT_EQ(described(list), described(expected));
         freeList(list);
         freeList(expected);
-    }
-}
-
-TEST(LoadDirTest, HiddenFoldersAreNeverOfferedHiddenFilesAre) {
-    TempFolder top;
-    top.dir(".thumbnails");
-    top.dir("..more");
-    top.file(".hidden.mkv");
-    for (int withParent : {0, 1}) {
-        sOffered.clear();
-        std::vector<void*> list;
-        loaddir(&list, top.path().c_str(), recordingEntry, withParent);
-        EXPECT_TRUE(offered(".hidden.mkv", DIR_ENTRY_FILE));
-        EXPECT_FALSE(offered(".thumbnails", DIR_ENTRY_FOLDER));
-        EXPECT_FALSE(offered("..more", DIR_ENTRY_FOLDER));
-        EXPECT_FALSE(offered(".", DIR_ENTRY_FOLDER));
-        EXPECT_EQ(offered("..", DIR_ENTRY_FOLDER), withParent == 1);
-        EXPECT_EQ(sOffered.size(), size_t(1 + withParent));
-        freeList(list);
     }
 }
 
@@ -240,10 +223,9 @@ TEST(DirBrowserTest, StartFolderBelowTheTopBuildsTheStackAndOthersShowTheTop) {
         EXPECT_EQ(stackBelow(browser, t.path() + "/"), c.stack) << label;
         EXPECT_EQ(labelsOf(list), c.shown) << label;
         EXPECT_EQ(cachedPaths(browser, t.path() + "/"), Names{c.stack.back()}) << label;
-        if (c.stack.size() > 1) {
-            for (size_t i = 0; i < c.stack.size(); i++)
-                EXPECT_NE(log.find("dir " + std::to_string(i) + " " + t / c.stack[i] + "\n"), std::string::npos)
-                    << label;
+        for (size_t i = 0; c.stack.size() > 1 && i < c.stack.size(); i++) {
+            const std::string line = "dir " + std::to_string(i) + " " + t / c.stack[i] + "\n";
+            EXPECT_NE(log.find(line), std::string::npos) << label;
         }
     }
 }

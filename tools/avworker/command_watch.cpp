@@ -23,8 +23,10 @@ int CommandWatch::open(const std::string& path) {
         return -1;
     }
     // The folder, not the file: the file may not exist yet, and a writer may
-    // replace it by renaming a new one over it.
-    if (inotify_add_watch(mFd, folder.c_str(), IN_CLOSE_WRITE | IN_MOVED_TO) < 0) {
+    // replace it by renaming a new one over it. Modifications are watched
+    // only to keep two finished writes apart: inotify merges identical
+    // events that queue up unread, which would make two commands one.
+    if (inotify_add_watch(mFd, folder.c_str(), IN_CLOSE_WRITE | IN_MOVED_TO | IN_MODIFY) < 0) {
         tprintf("avworker: cannot watch %s: %s\n", folder.c_str(), strerror(errno));
         return -1;
     }
@@ -51,7 +53,8 @@ int CommandWatch::takeWrites() {
             // After an overflow the count is lost; the file still holds the
             // latest command, so that one is taken.
             if (event->mask & IN_Q_OVERFLOW) writes++;
-            if (event->len > 0 && mName == event->name) writes++;
+            const bool finished = event->mask & (IN_CLOSE_WRITE | IN_MOVED_TO);
+            if (finished && event->len > 0 && mName == event->name) writes++;
         }
     }
 }

@@ -62,6 +62,7 @@ void runCommandFile(MpvDecoder* decoder) {
         tprintf("avworker: ignored command \"%s\"\n", text);
         return;
     }
+    tprintf("avworker: command %.*s\n", (int)strcspn(text, "\r\n"), text);
     decoder->apply(command);
 }
 

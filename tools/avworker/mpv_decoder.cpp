@@ -164,7 +164,7 @@ void MpvDecoder::apply(const DecoderCommand& command) {
             break;
         }
     }
-    if (err < 0) tprintf("avworker: command %d failed: %s\n", command.type, mpv_error_string(err));
+    if (err < 0) tprintf("avworker: the command failed: %s\n", mpv_error_string(err));
 }
 
 bool MpvDecoder::handleEvents() {
