@@ -92,6 +92,7 @@ protected:
         cJSON_Delete(doc);
         return value;
     }
+    std::string statusText() const { return readFile(mRoot.at(DEVICE_PATH_PLAYER_STATUS)); }
     // The state word from the status file the decoder wrote last.
     std::string statusWord() const {
         cJSON* doc = cJSON_Parse(readFile(mRoot.at(DEVICE_PATH_PLAYER_STATUS)).c_str());
@@ -121,7 +122,7 @@ TEST_F(AvworkerTest, PlaysHoldsWhilePausedAndStepsTenSecondsPerCommand) {
     EXPECT_NEAR(player.getDurationMS(), 25000, 100);
 
     player.pause();
-    ASSERT_TRUE(waitFor([&] { return statusWord() == "paused"; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return statusWord() == "paused"; }, 3000)) << statusText();
     const int held = statusNumber("position");
     sleep(1);
     EXPECT_NEAR(statusNumber("position"), held, 100);
@@ -169,7 +170,7 @@ TEST_F(AvworkerTest, FinishedFileReportsCompletedAndDecoderRunsUntilStopped) {
     ASSERT_EQ(player.prepare(), 0);
     EXPECT_FALSE(player.isComplete());
     ASSERT_EQ(player.play(), 0);
-    ASSERT_TRUE(waitFor([&] { return player.isComplete(); }, 10000));
+    ASSERT_TRUE(waitFor([&] { return player.isComplete(); }, 10000)) << statusText();
     EXPECT_NEAR(player.getPositionMS(), 3000, 100);
     EXPECT_GT(check_process_exist("avworker"), 0) << "the decoder waits to be killed";
 
