@@ -116,14 +116,22 @@ int main(int argc, char* argv[]) {
             tprintf("avworker: poll failed: %s\n", strerror(errno));
             break;
         }
-        if (fds[0].revents) break;
+        if (fds[0].revents) {
+            struct signalfd_siginfo info = {};
+            if (read(signals, &info, sizeof info) == (ssize_t)sizeof info)
+                tprintf("avworker: signal %u from process %u\n", info.ssi_signo, info.ssi_pid);
+            break;
+        }
         if (fds[1].revents) {
             const int writes = watch.takeWrites();
             // Without a watch the decoder keeps playing and reporting.
             if (writes < 0) fds[1].fd = -1;
             for (int i = 0; i < writes; i++) runCommandFile(&decoder);
         }
-        if (!decoder.handleEvents()) break;
+        if (!decoder.handleEvents()) {
+            tprintf("avworker: mpv shut down\n");
+            break;
+        }
         if (nowMs() >= nextReport) {
             decoder.writeReports();
             nextReport += kReportPeriodMs;
