@@ -16,7 +16,6 @@ TEST(DisplayRect, PictureIsFittedAndCentredInTheModesArea) {
         {RATIO16_9, kFullscreenVideoRect, true, {0, 0, 1280, 720}},
         {RATIO4_3, kFullscreenVideoRect, true, {160, 0, 960, 720}},
         {RATIO_DEFAULT, kWindowedVideoRect, false, {-7, -7, -7, -7}},
-        {(PLAYER_ASPECT_RATIO)9, kWindowedVideoRect, false, {-7, -7, -7, -7}},
         {RATIO4_3, {10, 20, 100, 1000}, true, {10, 482, 100, 75}},
     };
     for (const Row& row : rows) {

@@ -33,14 +33,17 @@ void DrawTest::TearDown() {
     SdlScreenTest::TearDown();
 }
 
-SDL_Rect DrawTest::inkBounds(SDL_Color background, SDL_Rect area) {
+namespace {
+
+// Bounds of the pixels of `area` that equal `color` (`equal`) or differ from it.
+SDL_Rect boundsOf(SDL_Color color, SDL_Rect area, bool equal) {
     std::vector<Uint32> px(size_t(area.w) * area.h);
     SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
-    const Uint32 bg = (Uint32(background.r) << 16) | (Uint32(background.g) << 8) | background.b;
+    const Uint32 want = (Uint32(color.r) << 16) | (Uint32(color.g) << 8) | color.b;
     int minX = area.w, minY = area.h, maxX = -1, maxY = -1;
     for (int y = 0; y < area.h; y++)
         for (int x = 0; x < area.w; x++) {
-            if ((px[size_t(y) * area.w + x] & 0xFFFFFF) == bg) continue;
+            if (((px[size_t(y) * area.w + x] & 0xFFFFFF) == want) != equal) continue;
             minX = SDL_min(minX, x);
             minY = SDL_min(minY, y);
             maxX = SDL_max(maxX, x);
@@ -49,6 +52,14 @@ SDL_Rect DrawTest::inkBounds(SDL_Color background, SDL_Rect area) {
     if (maxX < 0) return SDL_Rect{0, 0, 0, 0};
     return SDL_Rect{area.x + minX, area.y + minY, maxX - minX + 1, maxY - minY + 1};
 }
+
+}  // namespace
+
+SDL_Rect DrawTest::inkBounds(SDL_Color background, SDL_Rect area) {
+    return boundsOf(background, area, false);
+}
+
+SDL_Rect DrawTest::colorBounds(SDL_Color color, SDL_Rect area) { return boundsOf(color, area, true); }
 
 void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel) {
     makeDirs(std::filesystem::path(path).parent_path());

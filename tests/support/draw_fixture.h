@@ -19,6 +19,8 @@ protected:
     // Smallest rectangle holding every pixel of `area` that differs from
     // `background`; w = 0 when there is none.
     SDL_Rect inkBounds(SDL_Color background, SDL_Rect area = {0, 0, 1280, 720});
+    // Smallest rectangle holding every pixel of `area` of exactly `color`.
+    SDL_Rect colorBounds(SDL_Color color, SDL_Rect area = {0, 0, 1280, 720});
 
 private:
     std::string mDir;

@@ -118,14 +118,7 @@ protected:
         return (int)gDefaultStringList.size() - 1;
     }
     // True when some pixel of `area` has exactly colour `c`.
-    bool hasColour(SDL_Rect area, SDL_Color c) {
-        std::vector<Uint32> px(size_t(area.w) * area.h);
-        SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
-        const Uint32 want = (Uint32(c.r) << 16) | (Uint32(c.g) << 8) | c.b;
-        for (Uint32 p : px)
-            if ((p & 0xFFFFFF) == want) return true;
-        return false;
-    }
+    bool hasColour(SDL_Rect area, SDL_Color c) { return colorBounds(c, area).w > 0; }
 
     TempDeviceRoot mRoot;
     size_t mStrings = 0;

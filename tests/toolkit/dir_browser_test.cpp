@@ -103,42 +103,6 @@ TEST(LoadDirTest, FoldersComeFirstThenFilesEachInByteOrder) {
     }
 }
 
-// Entries labelled "same" whatever their name, so that labels tie.
-TextMenuItem* sameLabel(const char* name, const char* path, int type) {
-    sOffered.emplace_back(name, type);
-    return new TextMenuItem("same", nullptr, new TestFileAction(path, FILE_ACTION_PLAYABLE), true);
-}
-
-// Entries whose name begins with "n" have no action.
-TextMenuItem* someWithoutAction(const char* name, const char* path, int type) {
-    sOffered.emplace_back(name, type);
-    if (name[0] == 'n') return new TextMenuItem(name, nullptr, nullptr, false);
-    return entryFor(name, path, type);
-}
-
-TEST(LoadDirTest, ListOrderIsThatOfInsertingTheEntriesAsTheyWereRead) {
-    TempFolder top;
-    for (const char* name : {"d1", "n2", "b3", "n0", "a9", "c5"}) top.dir(name);
-    for (const char* name : {"n1.mkv", "z.mkv", "n9.mkv", "a.mkv", "m.mkv", "b.mkv"}) top.file(name);
-    // Enough entries that a sort which does not keep ties in order shows it.
-    for (int i = 0; i < 40; i++) top.file("t" + std::to_string(i * 7 % 40) + ".mkv");
-    for (DirEntryHandler handler : {recordingEntry, sameLabel, someWithoutAction}) {
-        sOffered.clear();
-        std::vector<void*> list;
-        loaddir(&list, top.path().c_str(), handler, 0);
-        std::vector<void*> expected;
-        const std::vector<std::pair<std::string, int>> reads = sOffered;
-        for (const auto& read : reads) {
-            const std::string path = top / read.first;
-            TextMenuItem* item = handler(read.first.c_str(), path.c_str(), read.second);
-            additemsorted(&expected, item);
-        }
-        EXPECT_EQ(described(list), described(expected));
-        freeList(list);
-        freeList(expected);
-    }
-}
-
 TEST(LoadDirTest, OddEntriesAreListedOrLeftOutWithoutHarm) {
     TempFolder top;
     const std::string longName = std::string(251, 'a') + ".mkv";

