@@ -19,9 +19,10 @@
 #include "toolkit/screen.h"
 #include "toolkit/shared_skin.h"
 #include "toolkit/sysutil.h"
-#include "toolkit/text.h"
-#include "toolkit/window.h"
 #include "toolkit/system_state.h"
+#include "toolkit/text.h"
+#include "toolkit/wifi_monitor.h"
+#include "toolkit/window.h"
 #include "ui_layer.h"
 
 namespace {
@@ -76,6 +77,7 @@ int main(int argc, char* argv[]) {
         ScreenUninit();
         cleanup(2);
     }
+    rx_wifi_monitor_start();
     initDefLang();
     loadPlayerConfig();
     tprintf("screen inited\n");
@@ -98,6 +100,7 @@ int main(int argc, char* argv[]) {
     uninit_skin();
     ScreenUninit();
     closeJoyStick();
+    rx_wifi_monitor_stop();
     savePlayerConfig();
     UninitKeyShm(&gShmInfo);
     free(gThemePath);

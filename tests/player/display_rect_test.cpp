@@ -5,12 +5,7 @@
 #include "player/time_text.h"
 
 TEST(DisplayRect, PictureIsFittedAndCentredInTheModesArea) {
-    struct Row {
-        PLAYER_ASPECT_RATIO ratio;
-        SDL_Rect area;
-        bool fitted;
-        SDL_Rect out;
-    } rows[] = {
+    struct Row { PLAYER_ASPECT_RATIO ratio; SDL_Rect area; bool fitted; SDL_Rect out; } rows[] = {
         {RATIO16_9, kWindowedVideoRect, true, {650, 93, 610, 343}},
         {RATIO4_3, kWindowedVideoRect, true, {715, 85, 480, 360}},
         {RATIO16_9, kFullscreenVideoRect, true, {0, 0, 1280, 720}},
@@ -29,10 +24,7 @@ TEST(DisplayRect, PictureIsFittedAndCentredInTheModesArea) {
 }
 
 TEST(TimeText, MinutesUpToAnHourThenHours) {
-    struct Row {
-        int ms;
-        const char* text;
-    } rows[] = {
+    struct Row { int ms; const char* text; } rows[] = {
         {0, "00:00"},       {-1, "00:00"},      {-5000, "00:00"},    {999, "00:00"},
         {59000, "00:59"},   {3599000, "59:59"}, {3600000, "60:00"},  {3600999, "60:00"},
         {3601000, "1:00:01"}, {36000000, "10:00:00"},

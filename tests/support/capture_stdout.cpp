@@ -18,7 +18,13 @@ CaptureStdout::CaptureStdout() : mDone(false) {
     close(fd);
 }
 
-CaptureStdout::~CaptureStdout() { finish(); }
+CaptureStdout::~CaptureStdout() {
+    if (mDone) return;
+    // Not finished by the test: a failed assertion returned early, and its
+    // message went into the capture. Pass everything on.
+    const std::string text = finish();
+    fputs(text.c_str(), stdout);
+}
 
 std::string CaptureStdout::finish() {
     if (mDone) return mText;

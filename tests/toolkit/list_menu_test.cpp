@@ -59,14 +59,7 @@ protected:
 }  // namespace
 
 TEST_F(ListMenuTest, DownWrapsAlwaysUpWrapsOnlyWhenAllowed) {
-    const struct {
-        int count;
-        int from;
-        bool wrap;
-        int key;
-        int to;
-        int result;
-    } cases[] = {
+    const struct { int count, from; bool wrap; int key, to, result; } cases[] = {
         {10, 9, false, KEY_DOWN, 0, KEY_DOWN},
         {10, 0, true, KEY_UP, 9, KEY_UP},
         {10, 0, false, KEY_UP, 0, WINDOW_HANDLED},
@@ -79,23 +72,6 @@ TEST_F(ListMenuTest, DownWrapsAlwaysUpWrapsOnlyWhenAllowed) {
         list.mWrap = c.wrap;
         EXPECT_EQ(pressKey(list, c.key), c.result) << c.count << " entries, from " << c.from;
         EXPECT_EQ(list.getCurrentPos(), c.to) << c.count << " entries, from " << c.from;
-    }
-}
-
-TEST_F(ListMenuTest, PagingMovesSixAndStopsAtTheEnds) {
-    const struct {
-        int count;
-        int from;
-        bool down;
-        int to;
-    } cases[] = {
-        {40, 4, false, 0}, {40, 10, false, 4}, {40, 36, true, 39}, {0, 0, true, 0},
-    };
-    for (const auto& c : cases) {
-        CountingList list(c.count);
-        list.mCurrentPos = c.from;
-        EXPECT_EQ(c.down ? list.pageDown() : list.pageUp(), 0);
-        EXPECT_EQ(list.getCurrentPos(), c.to) << "from " << c.from << (c.down ? " down" : " up");
     }
 }
 
@@ -137,69 +113,10 @@ TEST_F(ListMenuTest, OnlyTheKeyThatStartedTheRunExtendsIt) {
     }
 }
 
-TEST_F(ListMenuTest, ConfirmKeyFollowsTheButtonExchange) {
-    // The slot is written by another process's handle, as the settings
-    // daemon does.
-    KeyShmInfo writer;
-    ASSERT_EQ(InitKeyShm(&writer), 0);
-    const struct {
-        int bConfirm;
-        int key;
-        int result;
-        int selected;
-    } cases[] = {
-        {0, KEY_A, 42, 1},
-        {0, KEY_B, KEY_B, 0},
-        {1, KEY_A, KEY_A, 0},
-        {1, KEY_B, 42, 1},
-    };
-    for (const auto& c : cases) {
-        ASSERT_EQ(SetKeyShm(&writer, MONITOR_B_CONFIRM, c.bConfirm), 0);
-        CountingList list(5);
-        s_bootFpsTimeout = 0;
-        EXPECT_EQ(pressKey(list, c.key), c.result) << "slot " << c.bConfirm << " key " << c.key;
-        EXPECT_EQ(list.mSelected, c.selected) << "slot " << c.bConfirm << " key " << c.key;
-        EXPECT_EQ(s_bootFpsTimeout, 3000) << "either way the frame rate goes up";
-    }
-    UninitKeyShm(&writer);
-}
-
-TEST_F(ListMenuTest, ListKeysRaiseTheFrameRateOthersPassThrough) {
-    const struct {
-        int key;
-        bool boosts;
-        int result;
-    } cases[] = {
-        {KEY_LEFT, true, KEY_LEFT},
-        {EVENT_MARKET_REFRESH, true, EVENT_MARKET_REFRESH},
-        {KEY_X, true, 0},
-        {KEY_Y, false, KEY_Y},
-        {EVENT_CHDIR, false, EVENT_CHDIR},
-    };
-    for (const auto& c : cases) {
-        CountingList list(5);
-        list.mCurrentPos = 2;
-        s_bootFpsTimeout = 0;
-        EXPECT_EQ(pressKey(list, c.key), c.result) << "key " << c.key;
-        EXPECT_EQ(s_bootFpsTimeout, c.boosts ? 3000 : 0) << "key " << c.key;
-        EXPECT_EQ(list.getCurrentPos(), 2) << "key " << c.key;
-        EXPECT_EQ(list.mSelected, 0) << "key " << c.key;
-    }
-
-    CountingList list(5);
-    s_bootFpsTimeout = 0;
-    EXPECT_EQ(list.eventHandling(), KEY_NONE) << "nothing pending";
-    EXPECT_EQ(s_bootFpsTimeout, 0);
-}
-
 TEST_F(ListMenuTest, RestorePosTakesCursorAndRangeEachOnlyWhenInside) {
-    const struct {
-        int pos, first, last;
-        int cursor, firstVisible, lastVisible;
-    } cases[] = {
+    const struct { int pos, first, last; int cursor, firstVisible, lastVisible; } cases[] = {
         {3, 2, 7, 3, 1, 2},   // range reaches past the end: kept
         {-1, 0, 4, 1, 0, 4},  // cursor outside: kept
-        {5, 0, 4, 1, 0, 4},
         {2, 4, 1, 2, 4, 1},   // no order between them is required
         {4, -1, 3, 4, 1, 2},
     };

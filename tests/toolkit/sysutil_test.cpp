@@ -4,7 +4,6 @@
 #include <signal.h>
 #include <stdio.h>
 #include <sys/wait.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <string>
@@ -55,18 +54,11 @@ void endChild(pid_t pid) {
 
 TEST(ShellQuote, EveryNameReachesTheShellAsExactlyOneWord) {
     const std::vector<std::string> names = {
-        "/mnt/SDCARD/Videos/film.mp4",
         "/mnt/My Videos/two  spaces.mkv",
-        "say \"hi\".mp4",
-        "$HOME and ${PATH}.avi",
-        "`id`.mp4",
-        "a; echo injected",
+        "say \"hi\" $HOME `id` $(echo injected); echo x",
         "line\nbreak.mp4",
-        "$(echo injected)",
-        "it's.mp4",
-        "'''",
-        "back\\slash \\n",
-        "*.mp4 ?",
+        "it's '''",
+        "back\\slash \\n *.mp4 ?",
         "",
     };
     for (const std::string& name : names) {
@@ -78,10 +70,7 @@ TEST(ShellQuote, EveryNameReachesTheShellAsExactlyOneWord) {
 
 TEST(CheckProcessExist, MatchesTheFirstArgumentEndingInTheNameOnly) {
     const std::string name = "kvprobe" + std::to_string(getpid());
-    struct Row {
-        std::string argv0;
-        bool matches;
-    } rows[] = {
+    struct Row { std::string argv0; bool matches; } rows[] = {
         {name, true},
         {"/opt/bin/" + name, true},
         {"x" + name, true},
@@ -99,11 +88,4 @@ TEST(CheckProcessExist, MatchesTheFirstArgumentEndingInTheNameOnly) {
             EXPECT_EQ(found, -1) << row.argv0;
     }
     EXPECT_EQ(check_process_exist(name.c_str()), -1) << "gone once killed";
-}
-
-TEST(SystemMs, FollowsTheWallClock) {
-    long before = (long)time(nullptr) * 1000;
-    long now = systemms();
-    EXPECT_GE(now, before);
-    EXPECT_LT(now, before + 2000);
 }

@@ -17,7 +17,6 @@
 #include "toolkit/shared_skin.h"
 #include "toolkit/text.h"
 #include "toolkit/text_menu_item.h"
-#include "toolkit/utf8.h"
 
 namespace {
 
@@ -25,7 +24,6 @@ const SDL_Color sBlack = {0, 0, 0, 255};
 const SDL_Color sWhite = {255, 255, 255, 255};
 const SDL_Color sSubColor = {255, 200, 0, 255};
 const SDL_Color sSeqColor = {200, 200, 255, 255};
-const SDL_Color sHighlight = {0x36, 0xFF, 0xA0, 0};
 const SDL_Color sFocusColor = {200, 40, 40, 255};
 const SDL_Color sNormalColor = {30, 30, 120, 255};
 const int kRowHeight = 96;  // 6 rows, no space
@@ -81,14 +79,6 @@ public:
     void* mItem = nullptr;
 };
 
-class CountingAction : public Action {
-public:
-    explicit CountingAction(int* deleted) : Action(-1), mDeleted(deleted) {}
-    ~CountingAction() override { (*mDeleted)++; }
-    int dowork(void*) override { return 0; }
-    int* mDeleted;
-};
-
 // A real screen in a fresh working folder, the list fonts opened from the
 // CJK interface font, and the skin colours set.
 class DrawerTest : public DrawTest {
@@ -103,7 +93,6 @@ protected:
         gListColorSubtxt = sSubColor;
         gListColorSeq = sSeqColor;
         gStatColorTxt = sWhite;
-        gHighlightColor = sHighlight;
         writePng(dir() + "skin/focus.png", 600, kRowHeight, sFocusColor, 4);
         writePng(dir() + "skin/normal.png", 600, kRowHeight, sNormalColor, 4);
         SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
@@ -126,12 +115,6 @@ protected:
         return px;
     }
 
-    int textWidth(TTF_Font* f, const std::string& text) {
-        int w = 0;
-        TTF_SizeUTF8(f, text.c_str(), &w, nullptr);
-        return w;
-    }
-
     int rowTop(int row) { return kListTop + kRowHeight * row; }
     int listTextTop() { return kListTop + (kRowHeight - TTF_FontHeight(gListFontTxt)) / 2 - 2; }
 
@@ -144,13 +127,7 @@ TEST_F(DrawerTest, CursorRowCarriesTheFocusBackgroundAsTheRangeFollows) {
     TestDrawer list(20, "skin/focus.png", "skin/normal.png");
     list.fill();
     ASSERT_EQ(list.mItemHeight, kRowHeight);
-    const struct {
-        int key;
-        int times;
-        int cursor;
-        int first;
-        int last;
-    } steps[] = {
+    const struct { int key, times, cursor, first, last; } steps[] = {
         {KEY_NONE, 0, 0, 0, 5},
         {KEY_DOWN, 5, 5, 0, 5},
         {KEY_DOWN, 1, 6, 1, 6},   // cursor on the bottom row
@@ -179,33 +156,6 @@ TEST_F(DrawerTest, CursorRowCarriesTheFocusBackgroundAsTheRangeFollows) {
     EXPECT_TRUE(sameColor(pixel(15, rowTop(0) + 48), sNormalColor)) << "no focus shown";
 }
 
-TEST_F(DrawerTest, ShortListDrawsItsRowsAndPageNumberAtTheBottomRight) {
-    TestDrawer list(3, "skin/focus.png", "skin/normal.png");
-    list.fill();
-    SDL_Rect half = {0, 80, 620, 580};
-    list.setRect(half);
-    list.draw();
-    EXPECT_EQ(list.mLastVisible, 2);
-    EXPECT_TRUE(sameColor(pixel(15, rowTop(2) + 48), sNormalColor));
-    EXPECT_TRUE(sameColor(pixel(15, rowTop(3) + 48), sBlack)) << "nothing below the last entry";
-
-    const SDL_Rect corner = {620, 660, 660, 60};
-    const SDL_Rect number = inkBounds(sBlack, corner);
-    ASSERT_GT(number.w, 0) << "page number drawn";
-    clear(0, 0, 0);
-    DrawString(gStatFont, SDL_Rect{640, 671, 616, TTF_FontHeight(gStatFont)}, "1/3", sWhite,
-               ALIGN_TOP_RIGHT);
-    const SDL_Rect reference = inkBounds(sBlack, corner);
-    EXPECT_NEAR(number.x + number.w, reference.x + reference.w, 1) << "ends at x 1256";
-    EXPECT_NEAR(number.w, reference.w, 2) << "reads 1/3";
-    EXPECT_NEAR(number.y, reference.y, 1);
-
-    list.mShowPageNum = false;
-    clear(0, 0, 0);
-    list.draw();
-    EXPECT_EQ(inkBounds(sBlack, corner).w, 0);
-}
-
 TEST_F(DrawerTest, RowNumbersAreFourDigitsUpToFourNinesAndMissingEntriesShowLoading) {
     TestDrawer list(10010, nullptr, nullptr);
     const SDL_Rect numberBox = {28, kListTop + 5, 60, kRowHeight - 5};
@@ -226,110 +176,6 @@ TEST_F(DrawerTest, RowNumbersAreFourDigitsUpToFourNinesAndMissingEntriesShowLoad
         DrawString(gListFontTxt, textBox, getLangStr(STRING_LOADING_SMALL), sWhite, ALIGN_TOP_LEFT);
         EXPECT_TRUE(drawn == grab(firstRow)) << "row " << c.index << " shows " << c.number;
     }
-}
-
-TEST_F(DrawerTest, LongLabelsAreCutByCodePointsWithAnEllipsis) {
-    std::string wide, cjk;
-    for (int i = 0; i < 60; i++) wide += "Wide ";
-    for (int i = 0; i < 60; i++) cjk += "\xe6\x96\xb0";
-    const int textWidthAvailable = 1280 - 60;
-    const char* const labels[] = {"Short.mkv", wide.c_str(), cjk.c_str()};
-    for (const char* label : labels) {
-        TestDrawer list(1, nullptr, nullptr);
-        list.setDrawNum(false);
-        list.put(0, new TextMenuItem(label, nullptr, nullptr, false));
-        clear(0, 0, 0);
-        list.draw();
-        const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
-        const std::vector<Uint32> drawn = grab(row);
-        const SDL_Rect ink = inkBounds(sBlack, row);
-        EXPECT_LE(ink.x + ink.w, 30 + textWidthAvailable) << "stays in its column";
-
-        const int keep = getTruncateLen(gListFontTxt, label, textWidthAvailable, 0);
-        EXPECT_EQ(keep > 0, label != labels[0]) << "only long labels are cut";
-        const std::string shown = keep > 0 ? utf8Substr(label, 0, keep) + "..." : label;
-        clear(0, 0, 0);
-        DrawString(gListFontTxt, SDL_Rect{30, listTextTop(), textWidthAvailable, kRowHeight},
-                   shown.c_str(), sWhite, ALIGN_TOP_LEFT);
-        EXPECT_TRUE(drawn == grab(row)) << "shows " << shown;
-    }
-}
-
-TEST_F(DrawerTest, KeywordIsDrawnInTheHighlightColour) {
-    const struct {
-        const char* label;
-        const char* pinyin;
-        const char* fileName;
-        const char* keyword;
-        bool centred;
-        const char* before;   // text drawn before the highlight; null: no highlight
-        const char* through;  // text drawn up to the highlight's end
-        const char* whole;    // all text drawn
-    } cases[] = {
-        {"Movie", "", "", "OV", true, "M", "Mov", "Movie"},
-        {"\xe6\x96\xb0\xe9\x97\xbb", "xw", "", "W", false, "\xe6\x96\xb0",
-         "\xe6\x96\xb0\xe9\x97\xbb", "\xe6\x96\xb0\xe9\x97\xbb"},
-        {"Holiday", "", "clip2020", "2020", false, "Holiday(clip", "Holiday(clip2020",
-         "Holiday(clip2020)"},
-        {"Movie", "", "clip", "zz", false, nullptr, nullptr, "Movie"},
-    };
-    const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
-    for (const auto& c : cases) {
-        TestDrawer list(1, nullptr, nullptr);
-        list.setDrawNum(false);
-        list.mShowPageNum = false;
-        list.mCentreText = c.centred;
-        list.mKeyword = c.keyword;
-        TextMenuItem* item = list.put(0, new TextMenuItem(c.label, nullptr, nullptr, false));
-        item->mPinyin = c.pinyin;
-        item->mFileName = c.fileName;
-        clear(0, 0, 0);
-        list.draw();
-
-        const int whole = textWidth(gListFontTxt, c.whole);
-        const int x0 = c.centred ? 30 + (1220 - whole) / 2 : 30;
-        const SDL_Rect ink = inkBounds(sBlack, row);
-        EXPECT_NEAR(ink.x + ink.w, x0 + whole, 4) << c.label << " / " << c.keyword << ": whole text";
-        const SDL_Rect lit = colorBounds(sHighlight, row);
-        if (!c.before) {
-            EXPECT_EQ(lit.w, 0) << c.label << " / " << c.keyword << ": nothing highlighted";
-            continue;
-        }
-        ASSERT_GT(lit.w, 0) << c.label << " / " << c.keyword;
-        EXPECT_GE(lit.x, x0 + textWidth(gListFontTxt, c.before) - 2) << c.label << " / " << c.keyword;
-        EXPECT_LE(lit.x + lit.w, x0 + textWidth(gListFontTxt, c.through) + 2)
-            << c.label << " / " << c.keyword;
-        EXPECT_GT(colorBounds(sWhite, SDL_Rect{0, kListTop, lit.x, kRowHeight}).w, 0)
-            << c.label << " / " << c.keyword << ": plain text before the match";
-    }
-}
-
-TEST_F(DrawerTest, LabelIconIsDrawnOnlyWithoutRowNumbers) {
-    const SDL_Rect row = {0, kListTop, 1280, kRowHeight};
-    const SDL_Color green = {0, 200, 0, 255};
-    writePng(dir() + "skin/icon.png", 40, 40, green, 4);
-    KovaniSurface* icon = LoadKovaniSurface(nullptr, "./", "skin/icon.png");
-    ASSERT_TRUE(icon);
-    for (bool numbers : {false, true}) {
-        TestDrawer list(1, nullptr, nullptr);
-        list.setDrawNum(numbers);
-        list.put(0, new TextMenuItem("Clip", icon, nullptr, false));
-        clear(0, 0, 0);
-        list.draw();
-        const SDL_Rect drawnIcon = colorBounds(green, row);
-        if (numbers) {
-            EXPECT_EQ(drawnIcon.w, 0) << "no label icon beside numbers";
-            continue;
-        }
-        EXPECT_EQ(drawnIcon.x, 30);
-        EXPECT_EQ(drawnIcon.y, kListTop + (kRowHeight - 40) / 2);
-        EXPECT_EQ(drawnIcon.w, 40);
-        EXPECT_EQ(drawnIcon.h, 40);
-        const SDL_Rect label = colorBounds(sWhite, row);
-        ASSERT_GT(label.w, 0);
-        EXPECT_GE(label.x, 30 + 40 + 7) << "the label moves past the icon";
-    }
-    delete icon;  // entries never own their icon
 }
 
 TEST_F(DrawerTest, ChoosingAnEntryRunsItsActionWithTheEntry) {
@@ -354,10 +200,14 @@ TEST_F(DrawerTest, ChoosingAnEntryRunsItsActionWithTheEntry) {
         TextMenuItem* item = c.hasEntry ? list.put(1, new TextMenuItem("Pick", nullptr, action, true))
                                         : nullptr;
         EXPECT_EQ(pressKey(list, KEY_A), c.chosen) << c.name;
-        if (action) EXPECT_EQ(action->mItem, item) << c.name << ": the action gets its entry";
-        if (action) action->mItem = nullptr;
+        if (action) {
+            EXPECT_EQ(action->mItem, item) << c.name << ": the action gets its entry";
+            action->mItem = nullptr;
+        }
         EXPECT_EQ(pressKey(list, KEY_X), c.chosen2) << c.name;
-        if (action) EXPECT_EQ(action->mItem, item) << c.name;
+        if (action) {
+            EXPECT_EQ(action->mItem, item) << c.name;
+        }
     }
 }
 
@@ -371,12 +221,6 @@ TEST_F(DrawerTest, RefreshReloadsTheRowImagesFromANewTheme) {
     gThemePath = strdup((dir() + "t1/").c_str());
 
     TestDrawer list(3, "skin/own-f.png", "skin/own-n.png");
-    TestDrawer halfLoaded(3, "skin/own-f.png", "skin/missing.png");
-    EXPECT_EQ(halfLoaded.mNormalBg, nullptr);
-    list.draw();
-    EXPECT_TRUE(sameColor(pixel(15, rowTop(0) + 48), sFocusColor));
-    EXPECT_TRUE(sameColor(pixel(15, rowTop(1) + 48), sNormalColor));
-
     KovaniSurface* const before = list.mFocusBg;
     list.refresh();
     EXPECT_EQ(list.mFocusBg, before) << "same theme: nothing reloaded";
@@ -384,43 +228,8 @@ TEST_F(DrawerTest, RefreshReloadsTheRowImagesFromANewTheme) {
     free(gThemePath);
     gThemePath = strdup((dir() + "t2/").c_str());
     list.refresh();
-    halfLoaded.refresh();
-    EXPECT_EQ(list.mThemePath, dir() + "t2/");
-    EXPECT_EQ(halfLoaded.mNormalBg, nullptr) << "only images that were loaded are reloaded";
     clear(0, 0, 0);
     list.draw();
     EXPECT_TRUE(sameColor(pixel(15, rowTop(0) + 48), green));
     EXPECT_TRUE(sameColor(pixel(15, rowTop(1) + 48), yellow));
-}
-
-TEST(TextMenuItem, LabelFallsBackToLanguageStrings) {
-    const struct {
-        const char* label;
-        int id;
-        std::string expected;
-    } cases[] = {
-        {"Abc", 5, "Abc"}, {nullptr, -1, ""}, {"", STRING_LOADING_SMALL, "LOADING..."},
-        {"", 500, "wrongbeef"},
-    };
-    for (const auto& c : cases) {
-        TextMenuItem item(c.label, nullptr, nullptr, false);
-        item.mLabelId = c.id;
-        EXPECT_EQ(item.getLabel(), c.expected) << "id " << c.id;
-        item.mSubLabel = c.label ? c.label : "";
-        item.mSubLabelId = c.id;
-        EXPECT_EQ(item.getSubLabel(), "") << "no second line";
-        item.mHasSubLabel = true;
-        EXPECT_EQ(item.getSubLabel(), c.expected) << "id " << c.id;
-    }
-    TextMenuItem fresh("", nullptr, nullptr, false);
-    EXPECT_EQ(fresh.getLabel(), "") << "no language string until one is chosen";
-}
-
-TEST(TextMenuItem, DeletesItsActionOnlyWhenItOwnsIt) {
-    int deleted = 0;
-    CountingAction kept(&deleted);
-    { TextMenuItem item("a", nullptr, &kept, false); }
-    EXPECT_EQ(deleted, 0);
-    { TextMenuItem item("b", nullptr, new CountingAction(&deleted), true); }
-    EXPECT_EQ(deleted, 1);
 }
