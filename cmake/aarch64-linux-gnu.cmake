@@ -16,7 +16,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/aarch64-linux-gnu/pkgconfig:/usr/share/pkgconfig)
 set(ENV{PKG_CONFIG_PATH} "")
 
-# Test programs and test discovery run under qemu-user; the arm64 loader and
-# C library come from the cross sysroot, the other libraries from the
-# multiarch folders.
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L /usr/aarch64-linux-gnu)
+# Test programs and test discovery run under qemu-user. The loader comes from
+# the arm64 multiarch C library (libc6:arm64) so that it matches the libc.so
+# found next to the other arm64 libraries: the cross sysroot's loader is a
+# different build, and a loader and libc of different builds hang on fork.
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-aarch64 -L /)
