@@ -7,7 +7,6 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -15,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "bench_clock.h"
 #include "toolkit/action.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/text_menu_item.h"
@@ -23,12 +23,6 @@ namespace {
 
 const int kRuns = 5;
 const int kFolderFiles = 20000;
-
-double nowMs() {
-    struct timespec ts;
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return ts.tv_sec * 1000.0 + ts.tv_nsec / 1e6;
-}
 
 // Standard output goes to /dev/null while the object lives, so that the
 // toolkit's log lines do not mix with the results.

@@ -8,12 +8,12 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
+#include "bench_clock.h"
 #include "platform/device_paths.h"
 #include "player/app_options.h"
 #include "player/player_lang.h"
@@ -27,12 +27,6 @@ namespace {
 
 const int kEntries = 200;
 const int kFrames = 300;
-
-double nowMs() {
-    struct timespec ts;
-    clock_gettime(CLOCK_MONOTONIC, &ts);
-    return ts.tv_sec * 1000.0 + ts.tv_nsec / 1e6;
-}
 
 // Waits for the renderer to finish: both sides pay for one tiny read-back.
 void finishFrame() {

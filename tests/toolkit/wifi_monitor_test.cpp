@@ -82,11 +82,10 @@ public:
         return mExitStatus;
     }
 
-    // Waits until `count` more polls or supplicant checks happened.
-    bool waitPolls(int count) {
-        const int target = mPolls + count;
-        for (int i = 0; i < 2000 && mPolls < target; i++) usleep(10 * 1000);
-        return mPolls >= target;
+    // Waits until `total` polls have happened since the shell was made.
+    bool waitForPolls(int total) {
+        for (int i = 0; i < 2000 && mPolls < total; i++) usleep(10 * 1000);
+        return mPolls >= total;
     }
 
     std::vector<Answer> mAnswers;  // set before the monitor starts
@@ -169,7 +168,8 @@ TEST_F(WifiMonitorTest, SecondStartFailsAndStopIsPrompt) {
     // A period far longer than the test: only a wake-up can end the wait.
     ASSERT_EQ(wifi_monitor_start(&shell, 60000), 0);
     EXPECT_EQ(wifi_monitor_start(&shell, 60000), -1);
-    ASSERT_TRUE(shell.waitPolls(1));
+    // The first poll runs at once, maybe before this line.
+    ASSERT_TRUE(shell.waitForPolls(1));
     const long before = systemms();
     rx_wifi_monitor_stop();
     EXPECT_LT(systemms() - before, 1000);
@@ -191,7 +191,7 @@ TEST_F(WifiMonitorTest, KeepsTheRecordWithoutSupplicantAndLogsChangesOnce) {
     shell.mAnswers = {{kConnectedStatus, kSignalPoll}};
     CaptureStdout capture;
     ASSERT_EQ(wifi_monitor_start(&shell, 1), 0);
-    ASSERT_TRUE(shell.waitPolls(5));
+    ASSERT_TRUE(shell.waitForPolls(5));
 
     shell.mSupplicant = false;
     usleep(50 * 1000);
@@ -199,7 +199,7 @@ TEST_F(WifiMonitorTest, KeepsTheRecordWithoutSupplicantAndLogsChangesOnce) {
 
     shell.mExitStatus = 127 << 8;
     shell.mSupplicant = true;
-    ASSERT_TRUE(shell.waitPolls(5));
+    ASSERT_TRUE(shell.waitForPolls(shell.mPolls + 5));
     rx_wifi_monitor_stop();
     const std::string log = capture.finish();
 
