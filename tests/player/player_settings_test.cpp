@@ -13,22 +13,16 @@ namespace {
 
 class PlayerSettingsTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        makeDirs(mRoot.path() + "/mnt/UDISK");
+    void TearDown() override { reset(); }
+    // Loading starts from the defaults.
+    void reset() {
+        gPlayerAspectRatio = RATIO16_9;
         gSavedDir.clear();
         gAudioTrack = 0;
     }
-    void TearDown() override { gSavedDir.clear(); gAudioTrack = 0; }
     std::string file() const { return mRoot.at(DEVICE_PATH_PLAYER_CONFIG); }
-    int load() {
-        CaptureStdout quiet;
-        return loadPlayerConfig();
-    }
-    void save() {
-        CaptureStdout quiet;
-        savePlayerConfig();
-    }
     TempDeviceRoot mRoot;
+    CaptureStdout mQuiet;
 };
 
 }  // namespace
@@ -45,46 +39,38 @@ TEST_F(PlayerSettingsTest, LoadTakesEachValidMemberAndIgnoresTheRest) {
          0, 0, 3, 0, 2, "/mnt/SDCARD/Films"},
         {R"({"dir": 7, "audiotrack": "1"})", 0, 0, 0, 4, 0, ""},
         {R"({"ratio": 2,)", -1, 0, 0, 4, 0, ""},
-        {"", -1, 0, 0, 4, 0, ""},
         {nullptr, -1, 0, 0, 4, 0, ""},
     };
     for (const Row& row : rows) {
-        gPlayerAspectRatio = RATIO16_9;  // loading starts from the defaults
-        gSavedDir.clear();
-        gAudioTrack = 0;
+        const std::string name = row.text ? row.text : "(none)";
+        reset();
         unlink(file().c_str());
         if (row.text) writeFileAtomic(file(), row.text);
-        EXPECT_EQ(load(), row.result) << (row.text ? row.text : "(none)");
-        EXPECT_EQ(gPlayerAspectRatio, row.ratio) << (row.text ? row.text : "(none)");
-        EXPECT_EQ(gPlayerRotation, row.rotation) << (row.text ? row.text : "(none)");
-        EXPECT_EQ(gPlayerSpeed, row.speed) << (row.text ? row.text : "(none)");
-        EXPECT_EQ(gAudioTrack, row.track) << (row.text ? row.text : "(none)");
-        EXPECT_EQ(gSavedDir, row.dir) << (row.text ? row.text : "(none)");
+        EXPECT_EQ(loadPlayerConfig(), row.result) << name;
+        EXPECT_EQ(gPlayerAspectRatio, row.ratio) << name;
+        EXPECT_EQ(gPlayerRotation, row.rotation) << name;
+        EXPECT_EQ(gPlayerSpeed, row.speed) << name;
+        EXPECT_EQ(gAudioTrack, row.track) << name;
+        EXPECT_EQ(gSavedDir, row.dir) << name;
     }
 }
 
-TEST_F(PlayerSettingsTest, SaveWritesMembersInOrderAndReplacesTheWholeFile) {
+TEST_F(PlayerSettingsTest, SaveReplacesTheWholeFileAndLoadsBack) {
     writeFileAtomic(file(), std::string(4000, ' ') + "{\"old\": true}");
     gPlayerAspectRatio = RATIO4_3;
-    gPlayerRotation = VIDEO_ROTATE_DEGREE_0;
+    gPlayerRotation = VIDEO_ROTATE_DEGREE_270;
     gPlayerSpeed = VIDEO_SPEED_1;
-    save();
-    EXPECT_EQ(readFile(file()), "{\n\t\"ratio\":\t1,\n\t\"rotation\":\t0,\n\t\"speed\":\t4\n}");
-    EXPECT_FALSE(fileExists(file() + ".tmp"));
-
     gSavedDir = "/mnt/SDCARD/Mes films \"2024\"";
     gAudioTrack = 2;
-    gPlayerRotation = VIDEO_ROTATE_DEGREE_270;
-    save();
+    savePlayerConfig();
     EXPECT_EQ(readFile(file()),
               "{\n\t\"ratio\":\t1,\n\t\"rotation\":\t3,\n\t\"speed\":\t4,\n"
               "\t\"dir\":\t\"/mnt/SDCARD/Mes films \\\"2024\\\"\",\n\t\"audiotrack\":\t2\n}");
+    EXPECT_FALSE(fileExists(file() + ".tmp")) << "written beside and renamed over";
 
-    // Round trip.
+    reset();
     gPlayerAspectRatio = RATIO_DEFAULT;
-    gSavedDir.clear();
-    gAudioTrack = 0;
-    EXPECT_EQ(load(), 0);
+    EXPECT_EQ(loadPlayerConfig(), 0);
     EXPECT_EQ(gPlayerAspectRatio, RATIO4_3);
     EXPECT_EQ(gPlayerRotation, VIDEO_ROTATE_DEGREE_270);
     EXPECT_EQ(gSavedDir, "/mnt/SDCARD/Mes films \"2024\"");

@@ -1,19 +1,45 @@
 #pragma once
 
+#include <stdio.h>
+#include <stdlib.h>
+#include <unistd.h>
+
 #include <string>
+
+#include "tests/support/temp_dir.h"
 
 // Collects everything written to standard output (printf and the logger
 // alike) while the object lives.
 class CaptureStdout {
 public:
-    CaptureStdout();
-    ~CaptureStdout();
+    CaptureStdout() {
+        char tmpl[] = "/tmp/kovani_stdout_XXXXXX";
+        const int fd = mkstemp(tmpl);
+        mPath = tmpl;
+        fflush(stdout);
+        mSavedFd = dup(STDOUT_FILENO);
+        dup2(fd, STDOUT_FILENO);
+        close(fd);
+    }
+    // Not finished by the test: a failed assertion returned early, and its
+    // message went into the capture. Pass everything on.
+    ~CaptureStdout() {
+        if (mSavedFd >= 0) fputs(finish().c_str(), stdout);
+    }
     // Ends the capture (once) and returns what was written.
-    std::string finish();
+    std::string finish() {
+        if (mSavedFd < 0) return mText;
+        fflush(stdout);
+        dup2(mSavedFd, STDOUT_FILENO);
+        close(mSavedFd);
+        mSavedFd = -1;
+        mText = readFile(mPath);
+        unlink(mPath.c_str());
+        return mText;
+    }
 
 private:
     int mSavedFd;
     std::string mPath;
     std::string mText;
-    bool mDone;
 };

@@ -1,12 +1,14 @@
 #include "sdl_screen.h"
 
+#include <SDL2/SDL_image.h>
 #include <dlfcn.h>
 #include <link.h>
 #include <stdlib.h>
+#include <unistd.h>
 
-#include <string>
-#include <vector>
+#include <filesystem>
 
+#include "tests/support/temp_dir.h"
 #include "toolkit/screen.h"
 
 namespace {
@@ -27,9 +29,25 @@ void pinLoadedLibraries() {
     for (const std::string& name : names) dlopen(name.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
-}  // namespace
+// Bounds of the pixels of `area` that equal `color` (`equal`) or differ from it.
+SDL_Rect boundsOf(SDL_Color color, SDL_Rect area, bool equal) {
+    std::vector<Uint32> px(size_t(area.w) * area.h);
+    SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
+    const Uint32 want = (Uint32(color.r) << 16) | (Uint32(color.g) << 8) | color.b;
+    int minX = area.w, minY = area.h, maxX = -1, maxY = -1;
+    for (int y = 0; y < area.h; y++)
+        for (int x = 0; x < area.w; x++) {
+            if (((px[size_t(y) * area.w + x] & 0xFFFFFF) == want) != equal) continue;
+            minX = SDL_min(minX, x);
+            minY = SDL_min(minY, y);
+            maxX = SDL_max(maxX, x);
+            maxY = SDL_max(maxY, y);
+        }
+    if (maxX < 0) return SDL_Rect{0, 0, 0, 0};
+    return SDL_Rect{area.x + minX, area.y + minY, maxX - minX + 1, maxY - minY + 1};
+}
 
-const char* testFontPath() { return KOVANI_TEST_FONT; }
+}  // namespace
 
 void SdlScreenTest::SetUp() {
     setenv("SDL_VIDEODRIVER", "offscreen", 1);
@@ -41,8 +59,8 @@ void SdlScreenTest::SetUp() {
 }
 
 void SdlScreenTest::TearDown() {
-    for (int i = 0; i < mFontCount; i++) TTF_CloseFont(mFonts[i]);
-    mFontCount = 0;
+    for (TTF_Font* f : mFonts) TTF_CloseFont(f);
+    mFonts.clear();
     ScreenUninit();
     TTF_Quit();
     SDL_Quit();
@@ -61,8 +79,49 @@ void SdlScreenTest::clear(Uint8 r, Uint8 g, Uint8 b) {
 }
 
 TTF_Font* SdlScreenTest::font(int size) {
-    if (mFontCount == 8) return nullptr;
-    TTF_Font* f = TTF_OpenFont(testFontPath(), size);
-    mFonts[mFontCount++] = f;
+    TTF_Font* f = TTF_OpenFont(KOVANI_TEST_FONT, size);
+    if (f) mFonts.push_back(f);
     return f;
 }
+
+void DrawTest::SetUp() {
+    SdlScreenTest::SetUp();
+    char cwd[4096];
+    ASSERT_TRUE(getcwd(cwd, sizeof cwd));
+    mOldCwd = cwd;
+    char tmpl[] = "/tmp/kovani_draw_XXXXXX";
+    ASSERT_TRUE(mkdtemp(tmpl));
+    mDir = std::string(tmpl) + "/";
+    ASSERT_EQ(chdir(tmpl), 0);
+}
+
+void DrawTest::TearDown() {
+    if (!mOldCwd.empty()) {
+        EXPECT_EQ(chdir(mOldCwd.c_str()), 0);
+    }
+    std::error_code ec;
+    if (!mDir.empty()) std::filesystem::remove_all(mDir, ec);
+    SdlScreenTest::TearDown();
+}
+
+SDL_Rect DrawTest::inkBounds(SDL_Color background, SDL_Rect area) { return boundsOf(background, area, false); }
+
+SDL_Rect DrawTest::colorBounds(SDL_Color color, SDL_Rect area) { return boundsOf(color, area, true); }
+
+void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel) {
+    makeDirs(std::filesystem::path(path).parent_path());
+    const Uint32 format = bytesPerPixel == 1   ? SDL_PIXELFORMAT_INDEX8
+                          : bytesPerPixel == 3 ? SDL_PIXELFORMAT_RGB24
+                                               : SDL_PIXELFORMAT_RGBA32;
+    SDL_Surface* s = SDL_CreateRGBSurfaceWithFormat(0, w, h, 32, format);
+    if (bytesPerPixel == 1) {
+        SDL_SetPaletteColors(s->format->palette, &color, 0, 1);
+        SDL_FillRect(s, nullptr, 0);
+    } else {
+        SDL_FillRect(s, nullptr, SDL_MapRGBA(s->format, color.r, color.g, color.b, color.a));
+    }
+    IMG_SavePNG(s, path.c_str());
+    SDL_FreeSurface(s);
+}
+
+bool sameColor(SDL_Color a, SDL_Color b) { return a.r == b.r && a.g == b.g && a.b == b.b; }

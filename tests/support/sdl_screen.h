@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 // A real 1280 x 720 screen on SDL's offscreen driver, opened through the
 // toolkit's ScreenInit, with pixel read-back. Use as a fixture base.
@@ -17,13 +18,37 @@ protected:
     SDL_Color pixel(int x, int y);
     // Fills the whole frame with one opaque colour.
     void clear(Uint8 r, Uint8 g, Uint8 b);
-    // Opens the test font at `size` points; closed in TearDown.
+    // Opens the test font (a Debian font package) at `size` points; closed
+    // in TearDown.
     TTF_Font* font(int size);
 
 private:
-    TTF_Font* mFonts[8] = {};
-    int mFontCount = 0;
+    std::vector<TTF_Font*> mFonts;
 };
 
-// Font file used by text tests (a Debian font package).
-const char* testFontPath();
+// The same in a fresh temporary working folder, so "./" names a folder the
+// test fills. The folder is removed afterwards.
+class DrawTest : public SdlScreenTest {
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    // The temporary working folder, ending in '/'.
+    const std::string& dir() const { return mDir; }
+
+    // Smallest rectangle holding every pixel of `area` that differs from
+    // `background`; w = 0 when there is none.
+    SDL_Rect inkBounds(SDL_Color background, SDL_Rect area = {0, 0, 1280, 720});
+    // Smallest rectangle holding every pixel of `area` of exactly `color`.
+    SDL_Rect colorBounds(SDL_Color color, SDL_Rect area = {0, 0, 1280, 720});
+
+private:
+    std::string mDir;
+    std::string mOldCwd;
+};
+
+// Writes a w x h PNG of one colour; `bytesPerPixel` 1 (palette), 3 or 4
+// chooses how it is stored. Creates missing folders.
+void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel);
+
+bool sameColor(SDL_Color a, SDL_Color b);

@@ -2,7 +2,6 @@
 
 #include <stdio.h>
 #include <stdlib.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -32,18 +31,13 @@ void makeDirs(const std::string& path) {
 
 void writeFileAtomic(const std::string& path, const std::string& text) {
     makeDirs(std::filesystem::path(path).parent_path());
-    std::string tmp = path + ".tmp";
-    {
-        std::ofstream out(tmp, std::ios::binary | std::ios::trunc);
-        out << text;
-    }
-    rename(tmp.c_str(), path.c_str());
+    std::ofstream(path + ".tmp", std::ios::binary | std::ios::trunc) << text;
+    rename((path + ".tmp").c_str(), path.c_str());
 }
 
 std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
     std::stringstream ss;
-    ss << in.rdbuf();
+    ss << std::ifstream(path, std::ios::binary).rdbuf();
     return ss.str();
 }
 

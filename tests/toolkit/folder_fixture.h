@@ -1,12 +1,11 @@
 #pragma once
 
 #include <SDL2/SDL.h>
-#include <fcntl.h>
 #include <stdlib.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -22,8 +21,7 @@ class TestFileAction : public FileAction {
 public:
     TestFileAction(const char* path, int type) : FileAction(path, type) {}
     int dowork(void*) override {
-        SDL_Event e;
-        memset(&e, 0, sizeof e);
+        SDL_Event e = {};
         e.type = SDL_USEREVENT;
         e.user.code = mFileType == FILE_ACTION_FOLDER ? EVENT_CHDIR : EVENT_PLAY_FILE;
         if (mFileType == FILE_ACTION_FOLDER) e.user.data1 = (void*)mPath.c_str();
@@ -39,33 +37,9 @@ inline TextMenuItem* entryFor(const char* name, const char* path, int type) {
 
 inline std::vector<std::string> labelsOf(const std::vector<void*>* list) {
     std::vector<std::string> out;
-    if (!list) return out;
-    for (void* entry : *list) out.push_back(static_cast<TextMenuItem*>(entry)->mLabel);
+    if (list)
+        for (void* entry : *list) out.push_back(static_cast<TextMenuItem*>(entry)->mLabel);
     return out;
-}
-
-inline std::string pathOf(const std::vector<void*>* list, size_t index) {
-    TextMenuItem* item = static_cast<TextMenuItem*>((*list)[index]);
-    return static_cast<FileAction*>(item->getAction())->mPath;
-}
-
-// An empty file at `path`; false when it cannot be made.
-inline bool touch(const std::string& path) {
-    const int fd = open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0644);
-    if (fd < 0) return false;
-    close(fd);
-    return true;
-}
-
-// Files "f00000.mkv" ... in `dir` (made when missing).
-inline bool makeNumberedFiles(const std::string& dir, int count) {
-    std::filesystem::create_directories(dir);
-    char name[32];
-    for (int i = 0; i < count; i++) {
-        snprintf(name, sizeof name, "/f%05d.mkv", i);
-        if (!touch(dir + name)) return false;
-    }
-    return true;
 }
 
 // A fresh folder, removed with its contents afterwards. It is made in the
@@ -90,7 +64,6 @@ public:
     TempFolder& operator=(const TempFolder&) = delete;
 
     const std::string& path() const { return mPath; }
-    // `path()` + "/" + `name`.
     std::string operator/(const std::string& name) const { return mPath + "/" + name; }
     // Makes folder `name` (and its parents) inside; returns its path.
     std::string dir(const std::string& name) const {
@@ -100,7 +73,7 @@ public:
     // Makes empty file `name` (and its folders) inside; returns its path.
     std::string file(const std::string& name) const {
         std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
-        touch(*this / name);
+        std::ofstream(*this / name).close();
         return *this / name;
     }
 
