@@ -16,6 +16,9 @@ CONFIG=$DEV/mnt/UDISK/player.json
 LOG=$DEV/player.log
 ARGS=$APP/avworker.args
 PID=
+# The device folder is the desktop build's own, which ./kovani run uses too:
+# leave nothing of a scenario's settings behind for it.
+trap 'rm -rf "$DEV" "$ARGS"' EXIT
 # Select is Right Ctrl. By name, xdotool sends the first keycode bound to
 # Control, which is the left one; the keycode itself is unambiguous.
 SELECT=105
