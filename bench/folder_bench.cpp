@@ -15,8 +15,8 @@
 #include <vector>
 
 #include "bench_clock.h"
-#include "toolkit/action.h"
 #include "toolkit/dir_browser.h"
+#include "toolkit/file_browser_menu.h"
 #include "toolkit/text_menu_item.h"
 
 namespace {
@@ -45,33 +45,6 @@ private:
     int mSaved;
 };
 
-// Entries as the player makes them: a label and an owned file action, video
-// files recognised by their extension.
-class BenchFileAction : public FileAction {
-public:
-    BenchFileAction(const char* path, int type) : FileAction(path, type) {}
-    int dowork(void*) override { return 0; }
-};
-
-const char* const kVideoExtensions[] = {".avi", ".mkv", ".flv", ".ts",  ".mp4", ".ts",  ".webm", ".asf",
-                                        ".mpg", ".mpeg", ".mov", ".vob", ".3gp", ".wmv", ".pmp"};
-
-bool isVideo(const char* name) {
-    const char* dot = strrchr(name, '.');
-    if (!dot) return false;
-    for (const char* ext : kVideoExtensions)
-        if (strcmp(dot, ext) == 0) return true;
-    return false;
-}
-
-TextMenuItem* videoEntry(const char* name, const char* path, int type) {
-    if (type == DIR_ENTRY_FOLDER)
-        return new TextMenuItem(name, nullptr, new BenchFileAction(path, FILE_ACTION_FOLDER), true);
-    if (type == DIR_ENTRY_FILE && isVideo(name))
-        return new TextMenuItem(name, nullptr, new BenchFileAction(path, FILE_ACTION_PLAYABLE), true);
-    return nullptr;
-}
-
 // A folder of `count` video files with names in no particular order; its
 // path, "" on failure.
 std::string makeVideoFolder(int count) {
@@ -99,7 +72,7 @@ std::string makeVideoFolder(int count) {
 double timeLoaddir(const std::string& dir, int* count) {
     std::vector<void*> list;
     const double start = nowMs();
-    *count = loaddir(&list, dir.c_str(), videoEntry, 0);
+    *count = loaddir(&list, dir.c_str(), file_handler, 0);
     const double elapsed = nowMs() - start;
     for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
     return elapsed;

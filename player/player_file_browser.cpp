@@ -5,6 +5,7 @@
 #include "app_options.h"
 #include "player_lang.h"
 #include "player_window.h"
+#include "toolkit/dir_browser.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/logger.h"
 #include "toolkit/shared_skin.h"
@@ -17,8 +18,6 @@ const char* const videoFileType[15] = {".avi", ".mkv", ".flv", ".ts",  ".mp4",
 
 namespace {
 
-const int kDirEntry = 102;
-const int kFileEntry = 101;
 const int kRowsPerPage = 6;
 
 bool hasVideoExtension(const char* name) {
@@ -43,9 +42,9 @@ bool pushEvent(int code, void* data) {
 bool file_filter(const char* name, const char*) { return hasVideoExtension(name); }
 
 TextMenuItem* file_handler(const char* name, const char* path, int type) {
-    if (type == kDirEntry)
+    if (type == DIR_ENTRY_FOLDER)
         return new TextMenuItem(name, gIconFolder, new PlayerFileAction(path, FILE_ACTION_FOLDER), true);
-    if (type == kFileEntry && hasVideoExtension(name))
+    if (type == DIR_ENTRY_FILE && hasVideoExtension(name))
         return new TextMenuItem(name, gIconVideo, new PlayerFileAction(path, FILE_ACTION_PLAYABLE), true);
     return nullptr;
 }
