@@ -21,7 +21,7 @@
 #include "player/skin.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/screen.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

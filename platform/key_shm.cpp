@@ -11,7 +11,7 @@
 #include <string>
 
 #include "device_paths.h"
-#include "toolkit/logger.h"
+#include "logger.h"
 
 namespace {
 

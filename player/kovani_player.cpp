@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include "platform/device_paths.h"
-#include "toolkit/logger.h"
-#include "toolkit/sysutil.h"
+#include "platform/logger.h"
+#include "platform/sysutil.h"
 #include "watch_thread.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include "player_window.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/keycodes.h"
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 #include "toolkit/shared_skin.h"
 #include "toolkit/text.h"
 #include "toolkit/text_menu_item.h"

@@ -9,7 +9,7 @@
 #include "quit_action.h"
 #include "toolkit/dialog_window.h"
 #include "toolkit/keycodes.h"
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 #include "toolkit/shared_skin.h"
 
 namespace {

@@ -11,8 +11,8 @@
 
 #include "app_options.h"
 #include "platform/device_paths.h"
-#include "toolkit/fileutil.h"
-#include "toolkit/logger.h"
+#include "platform/fileutil.h"
+#include "platform/logger.h"
 
 PLAYER_ASPECT_RATIO gPlayerAspectRatio = RATIO_DEFAULT;
 PLAYER_ROTATION gPlayerRotation = VIDEO_ROTATE_DEGREE_0;

@@ -11,10 +11,10 @@
 #include "toolkit/dialog_window.h"
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 #include "toolkit/screen.h"
 #include "toolkit/shared_skin.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 #include "toolkit/text.h"
 
 std::atomic<bool> sLoading{false};

@@ -3,7 +3,7 @@
 #include "app_options.h"
 #include "kovani_player.h"
 #include "toolkit/keycodes.h"
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 
 QuitAction::QuitAction(KovaniPlayer* player, const char* currentDir)
     : Action(-1), mPlayer(player), mCurrentDir(currentDir) {}

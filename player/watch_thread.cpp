@@ -9,8 +9,8 @@
 
 #include "kovani_player.h"
 #include "platform/device_paths.h"
-#include "toolkit/fileutil.h"
-#include "toolkit/logger.h"
+#include "platform/fileutil.h"
+#include "platform/logger.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <algorithm>
 
 #include "entry_order.h"
-#include "logger.h"
+#include "platform/logger.h"
 
 namespace {
 

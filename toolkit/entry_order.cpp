@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "logger.h"
+#include "platform/logger.h"
 #include "utf8.h"
 
 std::map<uint32_t, std::string> gPinyinMap;

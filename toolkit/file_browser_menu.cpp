@@ -4,7 +4,7 @@
 
 #include "input.h"
 #include "keycodes.h"
-#include "logger.h"
+#include "platform/logger.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "float_window.h"
 
 #include "input.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "screen.h"
 #include "shared_skin.h"
 

@@ -8,11 +8,11 @@
 #include "input_map.h"
 #include "key_repeat.h"
 #include "keycodes.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "platform/device_paths.h"
 #include "platform/key_shm.h"
 #include "system_state.h"
-#include "sysutil.h"
+#include "platform/sysutil.h"
 
 SDL_Joystick* gJoystick = nullptr;
 

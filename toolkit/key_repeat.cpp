@@ -3,8 +3,8 @@
 #include <SDL2/SDL.h>
 
 #include "keycodes.h"
-#include "logger.h"
-#include "sysutil.h"
+#include "platform/logger.h"
+#include "platform/sysutil.h"
 
 namespace {
 

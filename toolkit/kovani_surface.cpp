@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "logger.h"
+#include "platform/logger.h"
 #include "screen.h"
 
 namespace {

@@ -9,8 +9,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "fileutil.h"
-#include "logger.h"
+#include "platform/fileutil.h"
+#include "platform/logger.h"
 
 std::vector<std::string> gDefaultStringList = {
     "Cancel", "OK", "LOADING...", "LOADING...", "OPEN", "BACK", "NAV", "MENU",

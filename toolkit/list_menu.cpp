@@ -2,10 +2,10 @@
 
 #include "input.h"
 #include "keycodes.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "platform/key_shm.h"
 #include "system_state.h"
-#include "sysutil.h"
+#include "platform/sysutil.h"
 #include "window.h"
 
 namespace {

@@ -1,6 +1,6 @@
 #include "lru_cache.h"
 
-#include "logger.h"
+#include "platform/logger.h"
 
 LRUCache::LRUCache(void (*release)(void*), int capacity)
     : mRelease(release), mLock(SDL_CreateMutex()), mCapacity(capacity) {

@@ -2,7 +2,7 @@
 
 #include <stdio.h>
 
-#include "logger.h"
+#include "platform/logger.h"
 #include "lru_cache.h"
 #include "text.h"
 

@@ -5,7 +5,7 @@
 #include "input.h"
 #include "keycodes.h"
 #include "lang.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "shared_skin.h"
 #include "text.h"
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "logger.h"
+#include "platform/logger.h"
 
 char* gThemePath = nullptr;
 

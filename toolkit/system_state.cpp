@@ -9,9 +9,9 @@
 
 #include <string>
 
-#include "fileutil.h"
+#include "platform/fileutil.h"
 #include "lang.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "platform/device_paths.h"
 
 KeyShmInfo gShmInfo;

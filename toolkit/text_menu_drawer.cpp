@@ -5,7 +5,7 @@
 
 #include "entry_order.h"
 #include "lang.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "shared_skin.h"
 #include "text.h"
 #include "text_menu_item.h"

@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "lang.h"
-#include "logger.h"
+#include "platform/logger.h"
 
 namespace {
 

@@ -13,10 +13,10 @@
 #include <atomic>
 #include <string>
 
-#include "fileutil.h"
-#include "logger.h"
+#include "platform/fileutil.h"
+#include "platform/logger.h"
 #include "platform/device_paths.h"
-#include "sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

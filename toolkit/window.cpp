@@ -6,9 +6,9 @@
 #include "key_repeat.h"
 #include "keycodes.h"
 #include "lang.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "screen.h"
-#include "sysutil.h"
+#include "platform/sysutil.h"
 
 std::vector<KovaniWindow*>* gWinList = nullptr;
 std::vector<KovaniWindow*> gPopupList;

@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include "lang.h"
-#include "logger.h"
+#include "platform/logger.h"
 #include "platform/device_paths.h"
 #include "platform/key_shm.h"
 #include "shared_skin.h"
-#include "sysutil.h"
+#include "platform/sysutil.h"
 #include "system_state.h"
 #include "text.h"
 #include "wifi_monitor.h"

@@ -11,7 +11,7 @@
 #include "player/watch_thread.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

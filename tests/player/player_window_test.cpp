@@ -16,7 +16,7 @@
 #include "toolkit/keycodes.h"
 #include "toolkit/lang.h"
 #include "toolkit/screen.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "platform/device_paths.h"
 #include "player/kovani_player.h"
 #include "tests/support/temp_dir.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

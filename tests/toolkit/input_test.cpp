@@ -12,7 +12,7 @@
 #include "tests/support/temp_dir.h"
 #include "toolkit/key_repeat.h"
 #include "toolkit/keycodes.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

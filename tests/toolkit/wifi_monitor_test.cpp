@@ -14,7 +14,7 @@
 #include "platform/device_paths.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include "tests/support/temp_dir.h"
 #include "toolkit/lang.h"
 #include "toolkit/shared_skin.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 #include "toolkit/system_state.h"
 #include "toolkit/wifi_monitor.h"
 #include "toolkit/window.h"

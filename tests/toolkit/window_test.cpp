@@ -11,7 +11,7 @@
 #include "tests/support/sdl_screen.h"
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

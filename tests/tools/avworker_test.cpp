@@ -12,7 +12,7 @@
 #include "player/kovani_player.h"
 #include "player/watch_thread.h"
 #include "tests/support/temp_dir.h"
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 namespace {
 

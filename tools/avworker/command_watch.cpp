@@ -5,7 +5,7 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 
 CommandWatch::CommandWatch() : mFd(-1) {}
 

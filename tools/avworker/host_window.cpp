@@ -2,7 +2,7 @@
 
 #include <X11/Xlib.h>
 
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 
 namespace {
 

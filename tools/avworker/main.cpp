@@ -18,7 +18,7 @@
 #include "decoder_command.h"
 #include "mpv_decoder.h"
 #include "platform/device_paths.h"
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "decoder_command.h"
 #include "host_window.h"
 #include "platform/device_paths.h"
-#include "toolkit/logger.h"
+#include "platform/logger.h"
 
 namespace {
 

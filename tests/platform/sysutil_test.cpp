@@ -1,4 +1,4 @@
-#include "toolkit/sysutil.h"
+#include "platform/sysutil.h"
 
 #include <gtest/gtest.h>
 #include <signal.h>

@@ -1,4 +1,4 @@
-#include "toolkit/fileutil.h"
+#include "platform/fileutil.h"
 
 #include <gtest/gtest.h>
 #include <stdlib.h>
