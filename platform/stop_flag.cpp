@@ -1,0 +1,27 @@
+#include "stop_flag.h"
+
+#include <chrono>
+
+void StopFlag::set() {
+    {
+        std::lock_guard<std::mutex> hold(mLock);
+        mSet = true;
+    }
+    mCond.notify_all();
+}
+
+void StopFlag::reset() {
+    std::lock_guard<std::mutex> hold(mLock);
+    mSet = false;
+}
+
+bool StopFlag::isSet() const {
+    std::lock_guard<std::mutex> hold(mLock);
+    return mSet;
+}
+
+bool StopFlag::sleepFor(long ms) const {
+    std::unique_lock<std::mutex> hold(mLock);
+    if (ms > 0) mCond.wait_for(hold, std::chrono::milliseconds(ms), [this] { return mSet; });
+    return mSet;
+}

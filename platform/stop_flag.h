@@ -1,0 +1,25 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+
+// The stop request of one background thread, set by its owner. The thread
+// sleeps on it instead of sleeping blind, so a stop wakes it at once and the
+// owner's join returns within one step of the thread's work.
+class StopFlag {
+public:
+    // Sets the flag and wakes every sleeper. Any thread.
+    void set();
+    // Clears it again, for an owner that starts a new thread. Only while no
+    // thread uses the flag.
+    void reset();
+    bool isSet() const;
+    // Sleeps up to `ms` milliseconds; true when the flag is set (at once or
+    // meanwhile).
+    bool sleepFor(long ms) const;
+
+private:
+    mutable std::mutex mLock;
+    mutable std::condition_variable mCond;
+    bool mSet = false;  // guarded by mLock
+};
