@@ -1,22 +1,39 @@
 #include "fileutil.h"
 
 #include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <stdlib.h>
 #include <string.h>
 
 #include "logger.h"
 
-int fileToMem(const char* path, void* buf, size_t capacity) {
-    FILE* f = fopen(path, "r");
-    if (!f) return 0;
-    fseek(f, 0, SEEK_END);
-    long size = ftell(f);
-    fseek(f, 0, SEEK_SET);
-    size_t want = size < 0 ? 0 : (size_t)size;
+int fileToMemWithTime(const char* path, void* buf, size_t capacity, struct timespec* mtime) {
+    if (mtime) *mtime = timespec{0, 0};
+    const int fd = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (fd < 0) return 0;
+    struct stat st;
+    if (fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        close(fd);
+        return 0;
+    }
+    size_t want = st.st_size < 0 ? 0 : (size_t)st.st_size;
     if (want > capacity) want = capacity;
-    size_t got = fread(buf, 1, want, f);
-    fclose(f);
+    size_t got = 0;
+    while (got < want) {
+        const ssize_t n = read(fd, static_cast<char*>(buf) + got, want - got);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        got += (size_t)n;
+    }
+    close(fd);
+    if (mtime) *mtime = st.st_mtim;
     return (int)got;
+}
+
+int fileToMem(const char* path, void* buf, size_t capacity) {
+    return fileToMemWithTime(path, buf, capacity, nullptr);
 }
 
 int loadContent(const char* name, FILE* stream, char** out) {

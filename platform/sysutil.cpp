@@ -15,6 +15,25 @@ long systemms() {
     return tv.tv_sec * 1000L + tv.tv_usec / 1000;
 }
 
+bool process_alive(int pid) {
+    if (pid <= 0) return false;
+    char path[64];
+    snprintf(path, sizeof path, "/proc/%d/stat", pid);
+    char text[512];
+    size_t len = 0;
+    if (FILE* f = fopen(path, "r")) {
+        len = fread(text, 1, sizeof text - 1, f);
+        fclose(f);
+    }
+    text[len] = '\0';
+    // "pid (name) S ...": the name may hold blanks and parentheses, so the
+    // state follows the last ')'.
+    const char* close = strrchr(text, ')');
+    if (!close || close[1] != ' ') return false;
+    const char state = close[2];
+    return state != 'Z' && state != 'X' && state != 'x' && state != '\0';
+}
+
 int check_process_exist(const char* name, int verbose) {
     DIR* dir = opendir("/proc");
     if (!dir) {
@@ -43,6 +62,7 @@ int check_process_exist(const char* name, int verbose) {
             tprintf("[check: %s] p=%s in %s, pnlen=%d, cmp %d, p[%d]=%d\n", name, p, text,
                     (int)nameLen, 0, (int)nameLen, after);
         if (after != '\0' && after != ' ') continue;
+        if (!process_alive(atoi(entry->d_name))) continue;
         pid = atoi(entry->d_name);
         if (verbose) tprintf("[check: %s] pid %d\n", name, pid);
         break;

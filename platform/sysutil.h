@@ -6,9 +6,13 @@
 long systemms();
 
 // Process id of the first process whose first command-line argument contains
-// `name` followed by the end of that argument or a blank; -1 when none.
+// `name` followed by the end of that argument or a blank; -1 when none. A
+// process that has exited but was not reaped yet (a zombie) does not count.
 int check_process_exist(const char* name, int verbose);
 int check_process_exist(const char* name);
+
+// Whether process `pid` exists and has not exited (a zombie has).
+bool process_alive(int pid);
 
 // `text` as one shell word: returned unchanged when it holds only characters
 // the shell never interprets, otherwise in single quotes with every embedded

@@ -1,33 +1,19 @@
 #include "kovani_player.h"
 
-#include <stdlib.h>
-#include <unistd.h>
-
 #include "platform/device_paths.h"
 #include "platform/logger.h"
 #include "platform/sysutil.h"
-#include "watch_thread.h"
 
 namespace {
-
-const char kDecoder[] = "avworker";
-const char kKillLine[] = "killall avworker";
 
 // The shell's ">" truncates, so the command file holds only the last command.
 std::string commandLine(const std::string& echoArgs) {
     return "echo " + echoArgs + " > " + shellQuote(devicePath(DEVICE_PATH_PLAYER_CMD));
 }
 
-bool decoderRunning() { return check_process_exist(kDecoder, 0) > 0; }
-
-void killDecoder() {
-    system(kKillLine);
-    usleep(200 * 1000);
-}
-
 }  // namespace
 
-KovaniPlayer::KovaniPlayer(KovaniPlayerHandler* handler)
+KovaniPlayer::KovaniPlayer(KovaniPlayerHandler* handler, DecoderShell* shell)
     : mComplete(false),
       mWidth(0),
       mHeight(0),
@@ -36,9 +22,18 @@ KovaniPlayer::KovaniPlayer(KovaniPlayerHandler* handler)
       mDurationMS(0),
       mVolume(0),
       mAudioTrack(0),
-      mPositionMS(0) {}
+      mPositionMS(0),
+      mPendingCompletions(0),
+      mShell(shell),
+      mWatcher(&mRun, shell, this),
+      mWorker(shell, &mRun, [this](int generation) { onDecoderLost(generation); }) {}
 
-KovaniPlayer::~KovaniPlayer() {}
+KovaniPlayer::~KovaniPlayer() {
+    // The worker's destructor runs this stop before it joins; the watcher is
+    // stopped first so that it reports nothing about the dying decoder.
+    mWatcher.stop();
+    stop();
+}
 
 int KovaniPlayer::init() { return 0; }
 
@@ -51,41 +46,38 @@ const char* KovaniPlayer::getUrl() const { return mUrl.empty() ? nullptr : mUrl.
 
 int KovaniPlayer::prepare() {
     if (mUrl.empty()) return 0;
-    system(kKillLine);
-    tprintf("killall avworker\n");
-    usleep(200 * 1000);
+    const int generation = mRun.begin();
+    mComplete = false;
+    mDurationMS = 0;
+    mPositionMS = 0;
     // Quoted as one shell word so that no file name on a card can run
     // anything: the decoder receives exactly the path.
-    std::string start = std::string(kDecoder) + " " + shellQuote(mUrl) + " &";
-    system(start.c_str());
-    tprintf("exec cmd: %s\n", start.c_str());
-    start_watch_thread(this);
-    usleep(1000 * 1000);
+    mWorker.post({DecoderJob::START, generation, "avworker " + shellQuote(mUrl) + " &", false, false});
+    mWatcher.start();
     return 0;
 }
 
-bool KovaniPlayer::sendCommand(const std::string& echoArgs, bool logIt) {
-    if (!decoderRunning()) return false;
-    std::string line = commandLine(echoArgs);
-    system(line.c_str());
-    if (logIt) tprintf("setdisplayrect : %s\n", line.c_str());
+bool KovaniPlayer::sendCommand(const std::string& echoArgs, bool isPlay, bool logAsRect) {
+    const DecoderRun::Snapshot run = mRun.snapshot();
+    if (run.state != DecoderRun::STARTING && run.state != DecoderRun::RUNNING) return false;
+    mWorker.post({DecoderJob::COMMAND, run.generation, commandLine(echoArgs), isPlay, logAsRect});
     return true;
 }
 
 int KovaniPlayer::play() {
-    if (sendCommand("play", false)) return 0;
+    if (sendCommand("play", true, false)) return 0;
     tprintf("avworker not exist, can not play\n");
     return -1;
 }
 
 int KovaniPlayer::pause() {
-    sendCommand("pause", false);
+    sendCommand("pause", false, false);
     return 0;
 }
 
 int KovaniPlayer::stop() {
-    tprintf("KovaniPlayer::stop\n");
-    killDecoder();
+    const int generation = mRun.end();
+    mWorker.post({DecoderJob::STOP, generation, "", false, false});
     return 0;
 }
 
@@ -98,11 +90,11 @@ int KovaniPlayer::getDurationMS() const { return mDurationMS; }
 int KovaniPlayer::getPositionMS() const { return mPositionMS; }
 
 void KovaniPlayer::switchAudio(int track) {
-    sendCommand("\"audiotrack " + std::to_string(track) + "\"", false);
+    sendCommand("\"audiotrack " + std::to_string(track) + "\"", false, false);
 }
 
 void KovaniPlayer::setVolume(int volume) {
-    sendCommand("\"volume " + std::to_string(volume) + "\"", false);
+    sendCommand("\"volume " + std::to_string(volume) + "\"", false, false);
 }
 
 int KovaniPlayer::getVolume() const { return mVolume; }
@@ -111,16 +103,16 @@ void KovaniPlayer::setLoop(bool) {}
 
 void KovaniPlayer::scaleDown(int) {}
 
-void KovaniPlayer::fastForward() { sendCommand("fastforward", false); }
+void KovaniPlayer::fastForward() { sendCommand("fastforward", false, false); }
 
-void KovaniPlayer::fastBackward() { sendCommand("rewind", false); }
+void KovaniPlayer::fastBackward() { sendCommand("rewind", false, false); }
 
 void KovaniPlayer::setCropRect(int, int, int, int) {}
 
 void KovaniPlayer::setDisplayRect(int x, int y, int w, int h) {
-    sendCommand("\"win " + std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(w) +
-                    " " + std::to_string(h) + "\"",
-                true);
+    sendCommand("\"win " + std::to_string(x) + " " + std::to_string(y) + " " + std::to_string(w) + " " +
+                    std::to_string(h) + "\"",
+                false, true);
 }
 
 void KovaniPlayer::getDisplayRect(int&, int&, int&, int&) const {}
@@ -149,10 +141,12 @@ int KovaniPlayer::playNotifyer(bool completed, int durationMS, int positionMS, i
     mPositionMS = positionMS;
     mVolume = volume;
     mAudioTrack = audioTrack;
-    // Only the watcher writes mComplete, so read-then-store needs no lock.
+    // Only the watcher writes mComplete between starts, so read-then-store
+    // needs no lock.
     const bool was = mComplete;
     if (mHandler && completed != was && completed) {
         tprintf("complete %d->%d\n", was, completed);
+        mPendingCompletions++;
         mHandler->onPlayComplete();
     }
     mComplete = completed;
@@ -164,4 +158,22 @@ int KovaniPlayer::infoNotifyer(int width, int height, int audioTrackNum) {
     mHeight = height;
     mAudioTrackNum = audioTrackNum;
     return 0;
+}
+
+bool KovaniPlayer::takeCompletion() { return mPendingCompletions.exchange(0) > 0; }
+
+void KovaniPlayer::onStatus(int generation, bool completed, int durationMS, int positionMS, int volume,
+                            int audioTrack) {
+    // A report read just before a new start belongs to the old decoder.
+    if (generation != mRun.snapshot().generation) return;
+    playNotifyer(completed, durationMS, positionMS, volume, audioTrack);
+}
+
+void KovaniPlayer::onInfo(int generation, int width, int height, int audioTrackNum) {
+    if (generation != mRun.snapshot().generation) return;
+    infoNotifyer(width, height, audioTrackNum);
+}
+
+void KovaniPlayer::onDecoderLost(int) {
+    if (mHandler) mHandler->onDecoderExit();
 }

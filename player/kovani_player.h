@@ -3,22 +3,36 @@
 #include <atomic>
 #include <string>
 
+#include "decoder_run.h"
+#include "decoder_shell.h"
+#include "decoder_worker.h"
 #include "kovani_player_handler.h"
+#include "status_watcher.h"
 
-// Client of the external decoder process "avworker". It starts and kills the
-// process through the shell and sends one-word commands into its command
-// file; what the decoder reports comes back through the status watcher,
-// which calls playNotifyer and infoNotifyer on its own thread. The reported
-// fields are atomics: each getter gives the latest value of that one field.
-class KovaniPlayer {
+// Client of the external decoder process "avworker". Its calls return at
+// once: starting the process, killing it and the one-word commands into its
+// command file run in order on the client's decoder worker. What the decoder
+// reports comes back through the status watcher, which calls playNotifyer
+// and infoNotifyer on its own thread; the reported fields are atomics: each
+// getter gives the latest value of that one field.
+//
+// The client owns both threads: the worker lives as long as the client, the
+// watcher from the first prepare(); the destructor stops the decoder and
+// joins both, so nothing outlives the client.
+class KovaniPlayer : private StatusListener {
 public:
-    explicit KovaniPlayer(KovaniPlayerHandler* handler);
-    ~KovaniPlayer();
+    // `handler`: not owned, may be null, fixed for life. `shell`: not owned,
+    // outlives the client.
+    explicit KovaniPlayer(KovaniPlayerHandler* handler, DecoderShell* shell = systemDecoderShell());
+    ~KovaniPlayer() override;
+    KovaniPlayer(const KovaniPlayer&) = delete;
+    KovaniPlayer& operator=(const KovaniPlayer&) = delete;
 
     int init();
     int setUrl(const char* url);
     const char* getUrl() const;
     int prepare();
+    // 0 when a decoder is started or starting; -1 (logged) when none is.
     int play();
     int pause();
     int stop();
@@ -46,17 +60,31 @@ public:
     int getAudioTrackNum() const;
     int getAudioTrack() const;
 
-    // Called by the status watcher after each successful read.
+    // Called by the status watcher after each counted read.
     int playNotifyer(bool completed, int durationMS, int positionMS, int volume, int audioTrack);
     int infoNotifyer(int width, int height, int audioTrackNum);
 
+    // Main thread. A completion not yet acted on: true once per completion.
+    // It stays until taken, so one that arrives while the owner cannot act
+    // (a popup is on top) is not lost.
+    bool takeCompletion();
+    // A decoder was started and is neither stopped nor known to be gone.
+    bool decoderExpected() const { return mRun.expected(); }
+    // The decoder last started has exited without being stopped.
+    bool decoderGone() const { return mRun.snapshot().state == DecoderRun::GONE; }
+    // Waits up to `ms` for the decoder worker to finish what it was given.
+    bool waitIdle(long ms) { return mWorker.waitIdle(ms); }
+
 private:
-    // Sends `word` (already a safe shell word or quoted text) to the command
-    // file when the decoder runs; false when it does not.
-    bool sendCommand(const std::string& word, bool logIt);
+    void onStatus(int generation, bool completed, int durationMS, int positionMS, int volume,
+                  int audioTrack) override;
+    void onInfo(int generation, int width, int height, int audioTrackNum) override;
+    void onDecoderLost(int generation) override;
+    // Queues a command for the decoder when one is expected; false when not.
+    bool sendCommand(const std::string& echoArgs, bool isPlay, bool logAsRect);
 
     std::atomic<bool> mComplete;
-    std::string mUrl;
+    std::string mUrl;  // main thread only
     std::atomic<int> mWidth;
     std::atomic<int> mHeight;
     std::atomic<int> mAudioTrackNum;
@@ -65,4 +93,12 @@ private:
     std::atomic<int> mVolume;
     std::atomic<int> mAudioTrack;
     std::atomic<int> mPositionMS;
+    std::atomic<int> mPendingCompletions;  // raised by the watcher, taken by the main thread
+
+    DecoderShell* mShell;  // not owned
+    DecoderRun mRun;
+    // Declared last: destroyed first, so their threads end before anything
+    // they use.
+    StatusWatcher mWatcher;
+    DecoderWorker mWorker;
 };

@@ -1,16 +1,18 @@
 #include "player_file_browser.h"
 
+#include <pthread.h>
 #include <string.h>
 
 #include "app_options.h"
 #include "player_lang.h"
-#include "player_window.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/keycodes.h"
 #include "platform/logger.h"
 #include "toolkit/shared_skin.h"
 #include "toolkit/text.h"
 #include "toolkit/text_menu_item.h"
+
+std::atomic<bool> sLoading{false};
 
 const char* const videoFileType[15] = {".avi", ".mkv", ".flv", ".ts",  ".mp4",
                                        ".ts",  ".webm", ".asf", ".mpg", ".mpeg",
@@ -71,21 +73,20 @@ FileAction* fileActionAt(ListMenu& menu, int index) {
 }
 
 PlayerFileBrowserMenu::PlayerFileBrowserMenu(const char* basePath, const char* startDir,
-                                             PlayerWindow* parent)
+                                             const bool* playing)
     : FileBrowserMenu(basePath, startDir, "skin/bg-list-f.png", "skin/bg-list-n.png", kRowsPerPage, 0),
       mPlayIndex(-1),
       mPlaySurface(LoadKovaniSurface(gThemePath, "./", "skin/show-player.png")),
       mPauseSurface(LoadKovaniSurface(gThemePath, "./", "skin/show-pause.png")),
-      mParent(parent) {}
+      mPlaying(playing) {}
 
 PlayerFileBrowserMenu::~PlayerFileBrowserMenu() {
     delete mPlaySurface;
     delete mPauseSurface;
 }
 
-void PlayerFileBrowserMenu::setPlayIndex(int index) {
+void PlayerFileBrowserMenu::setPlayIndex(int index, const char* dir) {
     mPlayIndex = index;
-    const char* dir = getCurrentDir();
     mPlayDir = dir ? dir : "";
 }
 
@@ -114,13 +115,14 @@ void PlayerFileBrowserMenu::draw() {
     if (!mPlaySurface || mPlayIndex < mFirstVisible || mPlayIndex > mLastVisible || mPlayIndex >= n) return;
     const char* dir = getCurrentDir();
     if (!mPlayDir.empty() && dir && mPlayDir != dir) return;
-    KovaniSurface* mark = mParent->isPlaying() || !mPauseSurface ? mPlaySurface : mPauseSurface;
+    KovaniSurface* mark = (mPlaying && *mPlaying) || !mPauseSurface ? mPlaySurface : mPauseSurface;
     SDL_Rect dst = {mRect.x + 560,
                     mRect.y + (mPlayIndex - mFirstVisible) * (mItemHeight + mYSpaceInList) + 30, 0, 0};
     mark->render(nullptr, &dst, true, nullptr);
 }
 
 int prepare_file_browser_thread(void* arg) {
+    pthread_setname_np(pthread_self(), "rombrowser");
     PlayerFileBrowserMenu* menu = static_cast<PlayerFileBrowserMenu*>(arg);
     menu->LoadDir();
     const bool found = menu->checkUserFile();

@@ -1,12 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "toolkit/action.h"
 #include "toolkit/file_browser_menu.h"
 #include "toolkit/kovani_surface.h"
-
-class PlayerWindow;
 
 // Video extensions, compared with the text from a name's last "." on,
 // exactly (".MP4" is not a video).
@@ -27,11 +26,14 @@ FileAction* fileActionAt(ListMenu& menu, int index);
 // with a mark on the row of the video being played.
 class PlayerFileBrowserMenu : public FileBrowserMenu {
 public:
-    PlayerFileBrowserMenu(const char* basePath, const char* startDir, PlayerWindow* parent);
+    // `playing`: the owning window's playing flag (not owned; the window
+    // outlives its list), which picks the row mark.
+    PlayerFileBrowserMenu(const char* basePath, const char* startDir, const bool* playing);
     ~PlayerFileBrowserMenu() override;
 
     void draw() override;
-    void setPlayIndex(int index);
+    // Marks entry `index` of folder `dir` as the one playing (-1: none).
+    void setPlayIndex(int index, const char* dir);
     // Puts the cursor on the file given with -f; false when it is not listed.
     bool checkUserFile();
 
@@ -39,9 +41,14 @@ public:
     int mPlayIndex;        // its index in that folder's list; -1: none
     KovaniSurface* mPlaySurface;   // owned; row mark while playing
     KovaniSurface* mPauseSurface;  // owned; row mark while paused
-    PlayerWindow* mParent;         // not owned
+    const bool* mPlaying;          // not owned: the window's playing flag
 };
 
-// Body of the loader thread: reads the start folder, selects the -f file and
-// asks for it to be played.
+// True while the loader thread reads the start folder; the list then belongs
+// to that thread and the main thread must not touch it. Written by the
+// loader (and by its starter, before it starts).
+extern std::atomic<bool> sLoading;
+
+// Body of the loader thread: reads the start folder, selects the -f file,
+// clears sLoading and asks for the file to be played.
 int prepare_file_browser_thread(void* menu);

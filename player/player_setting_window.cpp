@@ -5,7 +5,6 @@
 #include "display_rect.h"
 #include "kovani_player.h"
 #include "player_lang.h"
-#include "player_window.h"
 #include "quit_action.h"
 #include "toolkit/dialog_window.h"
 #include "toolkit/keycodes.h"
@@ -57,17 +56,16 @@ const char* AudioTrackHandler::getShowValue() {
 }
 
 QuitDialogAction::QuitDialogAction(KovaniPlayer* player, const char* currentDir)
-    : Action(-1), mPlayer(player), mCurrentDir(currentDir) {}
+    : Action(-1), mPlayer(player), mCurrentDir(currentDir ? currentDir : "") {}
 
 int QuitDialogAction::dowork(void*) {
     add2PopupList(new DialogWindow(STRING_MEDIAPLAYER, STRING_QUIT_PROMPT, false,
-                                   new QuitAction(mPlayer, mCurrentDir), nullptr));
+                                   new QuitAction(mPlayer, mCurrentDir.c_str()), nullptr));
     // Closes this popup; the question then comes up over the player window.
     return WINDOW_CLOSE_LAST;
 }
 
-PlayerSettingWindow::PlayerSettingWindow(KovaniPlayer* player, const char* currentDir,
-                                         PlayerWindow* parent)
+PlayerSettingWindow::PlayerSettingWindow(KovaniPlayer* player, const char* currentDir, bool fullscreen)
     : KovaniWindow(STRING_SETTING, -1),
       mLeftArrowF(loadSkin("skin/ic-left-arrow-a.png")),
       mLeftArrowN(loadSkin("skin/ic-left-arrow-n.png")),
@@ -77,7 +75,7 @@ PlayerSettingWindow::PlayerSettingWindow(KovaniPlayer* player, const char* curre
       mSelBG(loadSkin("skin/bg-list-long-a.png")),
       mNormalBG(loadSkin("skin/bg-list-long-n.png")),
       mPlayer(player),
-      mParentWindow(parent),
+      mFullscreen(fullscreen),
       mOldAspectRatio(gPlayerAspectRatio),
       mOldRotation(gPlayerRotation),
       mOldSpeed(gPlayerSpeed) {
@@ -99,8 +97,7 @@ PlayerSettingWindow::~PlayerSettingWindow() {
         delete *image;
         *image = nullptr;
     }
-    if (gPlayerAspectRatio != mOldAspectRatio && mParentWindow)
-        setPlayerDisplayRect(mParentWindow->isFullscreen(), mPlayer);
+    if (gPlayerAspectRatio != mOldAspectRatio) setPlayerDisplayRect(mFullscreen, mPlayer);
     if (gPlayerRotation != mOldRotation) {
         tprintf("set rotation %d\n", gPlayerRotation);
         mPlayer->setRotation(gPlayerRotation);

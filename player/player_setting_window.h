@@ -6,8 +6,9 @@
 #include "toolkit/setting_menu.h"
 #include "toolkit/window.h"
 
+#include <string>
+
 class KovaniPlayer;
-class PlayerWindow;
 
 // Aspect ratio row: LEFT and RIGHT cycle Default, 4:3, 16:9.
 class AspectRatioHandler : public ValueHandler {
@@ -36,13 +37,16 @@ public:
     int dowork(void* item) override;
 
     KovaniPlayer* mPlayer;    // not owned
-    const char* mCurrentDir;  // not owned
+    std::string mCurrentDir;  // a copy of the list's folder when the popup opened
 };
 
 // The settings popup opened by MENU. Changes take effect when it closes.
 class PlayerSettingWindow : public KovaniWindow {
 public:
-    PlayerSettingWindow(KovaniPlayer* player, const char* currentDir, PlayerWindow* parent);
+    // `player`: the player window's client (not owned; the window outlives
+    // its popups). `fullscreen`: the player window's mode, which cannot
+    // change while the popup is on top.
+    PlayerSettingWindow(KovaniPlayer* player, const char* currentDir, bool fullscreen);
     ~PlayerSettingWindow() override;
 
     int eventHandling() override;
@@ -64,7 +68,7 @@ private:
     KovaniSurface* mNormalBG;
     SettingMenu mMenu;
     KovaniPlayer* mPlayer;        // not owned
-    PlayerWindow* mParentWindow;  // not owned
+    bool mFullscreen;             // the player window's mode
     PLAYER_ASPECT_RATIO mOldAspectRatio;
     PLAYER_ROTATION mOldRotation;
     PLAYER_SPEED mOldSpeed;

@@ -17,8 +17,6 @@
 #include "platform/sysutil.h"
 #include "toolkit/text.h"
 
-std::atomic<bool> sLoading{false};
-
 namespace {
 
 const uint64_t kNever = ~(uint64_t)0;
@@ -55,9 +53,11 @@ void PlayerWindowHnadler::onPlayComplete() { pushUserEvent(EVENT_PLAY_COMPLETE);
 
 void PlayerWindowHnadler::onSeekComplete() { pushUserEvent(EVENT_SEEK_COMPLETE); }
 
-PlayerWindow::PlayerWindow(const char* startDir)
+void PlayerWindowHnadler::onDecoderExit() { pushUserEvent(EVENT_DECODER_EXIT); }
+
+PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
     : KovaniWindow(STRING_MEDIAPLAYER, -1),
-      mMenu(gUserPath.c_str(), startDir, this),
+      mMenu(gUserPath.c_str(), startDir, &mPlaying),
       mPlayerBG(loadSkin("skin/bg-video-window.png")),
       mCtlPanelBG(loadSkin("skin/bg-control-panel.png")),
       mFullscreen(loadSkin("skin/btn-full-screen.png")),
@@ -83,13 +83,12 @@ PlayerWindow::PlayerWindow(const char* startDir)
       mPlaying(false),
       mDurationMS(0),
       mPositionMS(-1),
-      mPlayer(&mHandler),
+      mPlayer(&mHandler, shell),
       mPlayed(false),
       mPlayIndex(-1),
       mFullscreenShowCtrlMS(kNever),
       mLastPlayedTime(0),
-      mCurrentNameIdx(-1),
-      mLoader(nullptr) {
+      mCurrentNameIdx(-1) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
     mMenu.setRect(listRect);
@@ -98,7 +97,7 @@ PlayerWindow::PlayerWindow(const char* startDir)
 
 PlayerWindow::~PlayerWindow() {
     // The loader writes into the list; it must be done before the list goes.
-    if (mLoader) SDL_WaitThread(mLoader, nullptr);
+    if (mLoader.joinable()) mLoader.join();
     releaseImages();
 }
 
@@ -118,22 +117,33 @@ void PlayerWindow::releaseImages() {
 
 void PlayerWindow::init() {
     sLoading = true;
-    mLoader = SDL_CreateThread(prepare_file_browser_thread, "rombrowser", &mMenu);
-    if (!mLoader) {
-        tprintf("create rombrowser thread fail: %s\n", SDL_GetError());
-        prepare_file_browser_thread(&mMenu);
-    }
+    mLoader = std::thread(prepare_file_browser_thread, &mMenu);
     mPlayer.init();
+    // A decoder left by an earlier run that was killed would play on.
+    mPlayer.stop();
 }
 
 // However the program ends (the quit question, SIGTERM), the open folder is
-// kept for the next start and no decoder is left running.
+// kept for the next start and no decoder is left running, whether or not
+// this run started one.
 void PlayerWindow::quit() {
     if (!sLoading) {
         const char* dir = mMenu.getCurrentDir();
         if (dir) gSavedDir = dir;
     }
-    if (mPlayer.getUrl() && check_process_exist("avworker") > 0) mPlayer.stop();
+    mPlayer.stop();
+}
+
+void PlayerWindow::refresh() { takeDecoderNews(); }
+
+// A completion plays on; a decoder that went away shows as stopped, and the
+// same file starts again with A or Start.
+void PlayerWindow::takeDecoderNews() {
+    if (mPlayer.takeCompletion()) stepTrack(true);
+    if (mPlaying && mPlayer.decoderGone()) {
+        tprintf("avworker gone, stopped\n");
+        mPlaying = false;
+    }
 }
 
 const char* PlayerWindow::getTitle() {
@@ -158,61 +168,74 @@ void PlayerWindow::getFileName() {
     if (mCurrentName == "..") mCurrentName.clear();
 }
 
-bool PlayerWindow::loadEntry(int index) {
-    FileAction* action = fileActionAt(mMenu, index);
-    if (!action || action->mFileType != FILE_ACTION_PLAYABLE) return false;
+bool PlayerWindow::loadPath(const std::string& path, int listIndex, const std::string& folder) {
     mPlayer.reset();
     mPlayer.init();
-    mPlayer.setUrl(action->mPath.c_str());
+    mPlayer.setUrl(path.c_str());
     mPlayer.prepare();
     setPlayerDisplayRect(mFullscreenMode, &mPlayer);
-    mFileName = baseName(action->mPath);
-    mMenu.setPlayIndex(index);
+    mFileName = baseName(path);
+    // The last file's times must not stand for this one's.
+    mDurationMS = 0;
+    mPositionMS = -1;
+    mMenu.setPlayIndex(listIndex, folder.c_str());
     return true;
 }
 
-bool PlayerWindow::playCurrentPos() { return loadEntry(mMenu.getCurrentPos()); }
+// Opening a file from the list makes its folder the playlist.
+bool PlayerWindow::playCurrentPos() {
+    const int index = mMenu.getCurrentPos();
+    FileAction* action = fileActionAt(mMenu, index);
+    if (!action || action->mFileType != FILE_ACTION_PLAYABLE) return false;
+    mPlaylist.fill(mMenu, mMenu.getCurrentDir());
+    return loadPath(action->mPath, index, mPlaylist.folder());
+}
 
-int PlayerWindow::videoIndexFrom(int start, int step) {
-    const int n = mMenu.getListNum();
-    for (int i = start + step; i >= 0 && i < n; i += step) {
-        FileAction* action = fileActionAt(mMenu, i);
-        if (action && action->mFileType == FILE_ACTION_PLAYABLE) return i;
+// Previous and next walk the folder the playing file came from; before
+// anything played, the folder on screen from the cursor on.
+bool PlayerWindow::playNeighbour(int step) {
+    int start = mPlayIndex;
+    if (mPlaylist.empty() || start < 0) {
+        mPlaylist.fill(mMenu, mMenu.getCurrentDir());
+        start = mMenu.getCurrentPos();
     }
-    return -1;
-}
-
-bool PlayerWindow::playNextPos() {
-    const int start = mPlayIndex >= 0 ? mPlayIndex : mMenu.getCurrentPos();
-    const int index = videoIndexFrom(start, 1);
-    if (index < 0 || !loadEntry(index)) return false;
-    mPlayIndex = index;
+    const Playlist::Entry* entry = mPlaylist.neighbour(start, step);
+    if (!entry) return false;
+    const Playlist::Entry next = *entry;
+    loadPath(next.path, next.listIndex, mPlaylist.folder());
+    mPlayIndex = next.listIndex;
     return true;
 }
 
-bool PlayerWindow::playPreviousPos() {
-    const int start = mPlayIndex >= 0 ? mPlayIndex : mMenu.getCurrentPos();
-    const int index = videoIndexFrom(start, -1);
-    if (index < 0 || !loadEntry(index)) return false;
-    mPlayIndex = index;
-    return true;
-}
+bool PlayerWindow::playNextPos() { return playNeighbour(1); }
 
-void PlayerWindow::playStep() { mPlaying = mPlayer.play() >= 0; }
+bool PlayerWindow::playPreviousPos() { return playNeighbour(-1); }
+
+// A file whose decoder was stopped or went away starts again.
+void PlayerWindow::playStep() {
+    if (mPlayer.getUrl() && !mPlayer.decoderExpected()) {
+        mPlayer.prepare();
+        setPlayerDisplayRect(mFullscreenMode, &mPlayer);
+    }
+    mPlaying = mPlayer.play() >= 0;
+}
 
 void PlayerWindow::markStep(bool markCursor) {
     if (mPlaying) {
         mPlayed = true;
         if (markCursor) mPlayIndex = mMenu.getCurrentPos();
     } else {
-        mMenu.setPlayIndex(-1);
+        mMenu.setPlayIndex(-1, nullptr);
     }
 }
 
 void PlayerWindow::stepTrack(bool forward) {
     if (!mPlayer.getUrl()) return;
     mPlayer.stop();
-    if (forward ? playNextPos() : playPreviousPos()) playStep();
+    if (forward ? playNextPos() : playPreviousPos())
+        playStep();
+    else
+        mPlaying = false;  // the first or last video: the decoder is stopped
     markStep(false);
 }
 
@@ -289,14 +312,19 @@ int PlayerWindow::handleCode(int code) {
         if (mPlaying) {
             mPlaying = false;
             mPlayer.pause();
+        } else if (mPlayer.getUrl()) {
+            // Resumes the loaded file, wherever the cursor stands now.
+            playStep();
+            markStep(false);
         } else {
-            if (mPlayer.getUrl() || playCurrentPos()) playStep();
+            if (playCurrentPos()) playStep();
             markStep(true);
         }
         showFullscreenPanel();
         return 0;
     case KEY_MENU_KEY: {
-        PlayerSettingWindow* settings = new PlayerSettingWindow(&mPlayer, mMenu.getCurrentDir(), this);
+        PlayerSettingWindow* settings =
+            new PlayerSettingWindow(&mPlayer, sLoading ? nullptr : mMenu.getCurrentDir(), mFullscreenMode);
         settings->init();
         gWinList->push_back(settings);
         return 0;
@@ -305,8 +333,11 @@ int PlayerWindow::handleCode(int code) {
         stepTrack(false);
         return 0;
     case KEY_HOTKEY2:
-    case EVENT_PLAY_COMPLETE:
         stepTrack(true);
+        return 0;
+    case EVENT_PLAY_COMPLETE:
+    case EVENT_DECODER_EXIT:
+        takeDecoderNews();
         return 0;
     case EVENT_PLAY_FILE:
         return onPlayFile();

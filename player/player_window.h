@@ -2,32 +2,35 @@
 
 #include <stdint.h>
 
-#include <atomic>
 #include <string>
+#include <thread>
 
 #include "kovani_player.h"
 #include "player_file_browser.h"
+#include "playlist.h"
+#include "toolkit/keycodes.h"
 #include "toolkit/kovani_surface.h"
 #include "toolkit/window.h"
 
-// Hands the decoder's reports to the main thread as SDL user events; runs on
-// the status watcher's thread and touches nothing else.
+// The player's own event: the decoder exited without being stopped.
+enum { EVENT_DECODER_EXIT = KEY_MAX_KEY + 1 };
+
+// Hands the decoder's news to the main thread as SDL user events; runs on
+// the decoder client's threads and touches nothing else.
 class PlayerWindowHnadler : public KovaniPlayerHandler {
 public:
     void onPlayComplete() override;
     void onSeekComplete() override;
+    void onDecoderExit() override;
 };
-
-// True while the loader thread reads the start folder; the list then belongs
-// to that thread and the main thread must not touch it.
-extern std::atomic<bool> sLoading;
 
 // The player's one full-screen window: the video list on the left, the video
 // area with its control panel on the right, or the video alone in fullscreen.
 class PlayerWindow : public KovaniWindow {
 public:
-    // `startDir`: the folder to open, null for the browser's root.
-    explicit PlayerWindow(const char* startDir);
+    // `startDir`: the folder to open, null for the browser's root. `shell`:
+    // how the decoder is reached (not owned; outlives the window).
+    explicit PlayerWindow(const char* startDir, DecoderShell* shell = systemDecoderShell());
     ~PlayerWindow() override;
 
     int eventHandling() override;
@@ -36,7 +39,8 @@ public:
     void init() override;
     void saveState(cJSON*) override {}
     int restoreState(cJSON*) override { return 0; }
-    void refresh() override {}
+    // Acts on decoder news that came while another window was on top.
+    void refresh() override;
     const char* getTitle() override;
 
     bool isFullscreen() const { return mFullscreenMode; }
@@ -58,10 +62,11 @@ private:
     void playStep();
     void markStep(bool markCursor);
     void stepTrack(bool forward);
+    bool loadPath(const std::string& path, int listIndex, const std::string& folder);
+    bool playNeighbour(int step);
+    void takeDecoderNews();
     void openQuitDialog();
     void showFullscreenPanel();
-    bool loadEntry(int index);
-    int videoIndexFrom(int start, int step);
     void readPlayerTimes();
     void drawTimes(int y);
     void drawProgress(KovaniSurface* background, int x, int y, int track);
@@ -104,5 +109,6 @@ private:
     uint64_t mLastPlayedTime;
     std::string mCurrentName;
     int mCurrentNameIdx;
-    SDL_Thread* mLoader;  // owned: the start folder's loader, joined on destruction
+    Playlist mPlaylist;   // the folder the playing file came from
+    std::thread mLoader;  // the start folder's loader, joined on destruction
 };

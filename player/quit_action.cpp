@@ -6,11 +6,11 @@
 #include "platform/logger.h"
 
 QuitAction::QuitAction(KovaniPlayer* player, const char* currentDir)
-    : Action(-1), mPlayer(player), mCurrentDir(currentDir) {}
+    : Action(-1), mPlayer(player), mCurrentDir(currentDir ? currentDir : "") {}
 
 int QuitAction::dowork(void*) {
     if (mPlayer) mPlayer->stop();
-    if (mCurrentDir) gSavedDir = mCurrentDir;
+    if (!mCurrentDir.empty()) gSavedDir = mCurrentDir;
     tprintf("quit mediaplayer\n");
     return WINDOW_QUIT;
 }

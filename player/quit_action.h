@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "toolkit/action.h"
 
 class KovaniPlayer;
@@ -8,10 +10,11 @@ class KovaniPlayer;
 // the next start and ends the program (1003).
 class QuitAction : public Action {
 public:
-    // Both not owned; either may be null.
+    // `player`: not owned, may be null. `currentDir`: the list's folder when
+    // the question opened; null or empty keeps the saved folder.
     QuitAction(KovaniPlayer* player, const char* currentDir);
     int dowork(void* item) override;
 
-    KovaniPlayer* mPlayer;    // not owned
-    const char* mCurrentDir;  // not owned: the list's current folder
+    KovaniPlayer* mPlayer;    // not owned; outlives the question
+    std::string mCurrentDir;  // a copy: the list's folders can change meanwhile
 };

@@ -1,6 +1,13 @@
 #include "key_repeat.h"
 
 #include <SDL2/SDL.h>
+#include <pthread.h>
+#include <stdint.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
 
 #include "keycodes.h"
 #include "platform/logger.h"
@@ -9,42 +16,25 @@
 namespace {
 
 const int kKeySlots = TEST_KEY_VOL_DOWN + 1;
-const Uint32 kWakeMs = 100;
+const long kWakeMs = 100;
 const long kFirstRepeatMs = 500;
 // Below the wake-up period, so after the first repeat every wake-up repeats.
 const long kNextRepeatMs = 30;
 
-// Guarded by sRepeatLock while the thread runs.
-Uint64 sKeyPressedTime[kKeySlots];  // ms of the press or the last repeat; 0 = not held
-Uint32 sKeyPressedCount[kKeySlots];  // repeats sent since the press
+std::mutex sRepeatLock;
+std::condition_variable sRepeatCond;  // wakes the thread early (a release, a stop)
+// Guarded by sRepeatLock.
+uint64_t sKeyPressedTime[kKeySlots];   // ms of the press or the last repeat; 0 = not held
+uint32_t sKeyPressedCount[kKeySlots];  // repeats sent since the press
 bool sRepeatThreadRun = false;
-
-// Created and destroyed by the main thread around the thread's life; null
-// while no thread runs. Owned.
-SDL_mutex* sRepeatLock = nullptr;
-SDL_cond* sRepeatCond = nullptr;
-SDL_Thread* sRepeatKeyThread = nullptr;
-
-void lock() {
-    if (sRepeatLock) SDL_LockMutex(sRepeatLock);
-}
-
-void unlock() {
-    if (sRepeatLock) SDL_UnlockMutex(sRepeatLock);
-}
+// Started and joined by the main thread (runWindows).
+std::thread sRepeatKeyThread;
 
 void clearTimes() {
     for (int key = 0; key < kKeySlots; key++) {
         sKeyPressedTime[key] = 0;
         sKeyPressedCount[key] = 0;
     }
-}
-
-void destroyLock() {
-    SDL_DestroyCond(sRepeatCond);
-    SDL_DestroyMutex(sRepeatLock);
-    sRepeatCond = nullptr;
-    sRepeatLock = nullptr;
 }
 
 // Called with the lock held; posts the held directions that are due.
@@ -74,72 +64,65 @@ void update_repeat_key(int key) {
         return;
     }
     const long now = systemms();
-    lock();
-    sKeyPressedTime[key] = now;
-    unlock();
+    {
+        std::lock_guard<std::mutex> hold(sRepeatLock);
+        sKeyPressedTime[key] = now;
+    }
     tprintf("set repeat time %ld\n", now);
 }
 
 void reset_repeat_key() {
-    lock();
-    clearTimes();
-    if (sRepeatCond) SDL_CondSignal(sRepeatCond);
-    unlock();
+    {
+        std::lock_guard<std::mutex> hold(sRepeatLock);
+        clearTimes();
+    }
+    sRepeatCond.notify_all();
     tprintf("clear repeat time\n");
 }
 
 int check_repeat_thread(void*) {
-    SDL_LockMutex(sRepeatLock);
-    SDL_CondWaitTimeout(sRepeatCond, sRepeatLock, kWakeMs);
+    std::unique_lock<std::mutex> hold(sRepeatLock);
+    sRepeatCond.wait_for(hold, std::chrono::milliseconds(kWakeMs));
     while (sRepeatThreadRun) {
         sendDueRepeats();
-        // Let the main thread in between two waits.
-        SDL_UnlockMutex(sRepeatLock);
-        SDL_LockMutex(sRepeatLock);
-        SDL_CondWaitTimeout(sRepeatCond, sRepeatLock, kWakeMs);
+        sRepeatCond.wait_for(hold, std::chrono::milliseconds(kWakeMs));
     }
-    SDL_UnlockMutex(sRepeatLock);
     return 0;
 }
 
 void clear_repeat_state() {
-    clearTimes();
+    {
+        std::lock_guard<std::mutex> hold(sRepeatLock);
+        clearTimes();
+    }
     tprintf("clear repeat time\n");
 }
 
 int start_repeat_thread() {
-    if (sRepeatKeyThread) {
+    if (sRepeatKeyThread.joinable()) {
         tprintf("check_repeat_thread already runs\n");
         return -1;
     }
-    sRepeatLock = SDL_CreateMutex();
-    sRepeatCond = SDL_CreateCond();
-    if (!sRepeatLock || !sRepeatCond) {
-        tprintf("create repeat lock fail: %s\n", SDL_GetError());
-        destroyLock();
-        return -1;
+    {
+        std::lock_guard<std::mutex> hold(sRepeatLock);
+        sRepeatThreadRun = true;
     }
-    sRepeatThreadRun = true;
     tprintf("init check_repeat_thread\n");
-    sRepeatKeyThread = SDL_CreateThread(check_repeat_thread, "repeatkey", nullptr);
-    if (!sRepeatKeyThread) {
-        tprintf("create repeat thread fail: %s\n", SDL_GetError());
-        sRepeatThreadRun = false;
-        destroyLock();
-        return -1;
-    }
+    sRepeatKeyThread = std::thread([] {
+        pthread_setname_np(pthread_self(), "repeatkey");
+        check_repeat_thread(nullptr);
+    });
     return 0;
 }
 
 void stop_repeat_thread() {
-    lock();
-    sRepeatThreadRun = false;
-    if (sRepeatCond) SDL_CondSignal(sRepeatCond);
-    unlock();
-    if (sRepeatKeyThread) {
-        SDL_WaitThread(sRepeatKeyThread, nullptr);
-        sRepeatKeyThread = nullptr;
+    {
+        std::lock_guard<std::mutex> hold(sRepeatLock);
+        sRepeatThreadRun = false;
+    }
+    sRepeatCond.notify_all();
+    if (sRepeatKeyThread.joinable()) {
+        sRepeatKeyThread.join();
         tprintf("deinit check_repeat_thread\n");
     }
-    destroyLock();
 }

@@ -12,10 +12,9 @@ void reset_repeat_key();
 // Thread body.
 int check_repeat_thread(void* unused);
 
-// Lifecycle, in runWindows() order: clear the state before the lock exists,
-// start the thread (0, or -1 when it could not be started or already runs),
-// stop and join it. Without a running thread the two calls above still keep
-// the state, unlocked, on the main thread.
+// Lifecycle, in runWindows() order: clear the state, start the thread (0, or
+// -1 when it already runs), stop and join it (within one wake-up). Without a
+// running thread the two calls above still keep the state.
 void clear_repeat_state();
 int start_repeat_thread();
 void stop_repeat_thread();

@@ -73,11 +73,13 @@ bool eventPending() {
     return true;
 }
 
-// Feeds the top window every pending event. Returns the quit code that ends
+// Feeds every pending event to the window on top. Returns the quit code that ends
 // the loop, or 0 to go on with the next frame.
 int handleEvents(std::vector<KovaniWindow*>& list) {
-    KovaniWindow* top = list.back();
     for (int calls = 0; calls < kMaxEventCallsPerFrame; calls++) {
+        // Each event goes to the window on top when it is handled: MENU and
+        // then DOWN in one frame move the popup's row, not the list beneath.
+        KovaniWindow* top = list.back();
         const int code = top->eventHandling();
         if (quitRequested()) return WINDOW_QUIT;
         if (code == WINDOW_QUIT || code == WINDOW_QUIT_ALL) return code;

@@ -38,3 +38,24 @@ TEST(CheckProcessExist, MatchesTheFirstArgumentEndingInTheNameOnly) {
     }
     EXPECT_EQ(check_process_exist(name.c_str()), -1) << "gone once killed";
 }
+
+// Where nothing reaps a dead child (containers, some desktops) it lingers as
+// a zombie; it must not count as a running decoder.
+TEST(CheckProcessExist, AZombieIsNotARunningProcess) {
+    const std::string name = "kvzombie" + std::to_string(getpid());
+    pid_t pid = fork();
+    if (pid == 0) {
+        execl("/bin/sleep", name.c_str(), "30", (char*)nullptr);
+        _exit(127);
+    }
+    for (int i = 0; i < 200 && check_process_exist(name.c_str()) != pid; i++) usleep(5000);
+    EXPECT_TRUE(process_alive(pid));
+    kill(pid, SIGKILL);
+    // Not reaped yet: wait for the kill to land without collecting the child.
+    siginfo_t info = {};
+    waitid(P_PID, pid, &info, WEXITED | WNOWAIT);
+    EXPECT_FALSE(process_alive(pid));
+    EXPECT_EQ(check_process_exist(name.c_str()), -1);
+    waitpid(pid, nullptr, 0);
+    EXPECT_FALSE(process_alive(pid)) << "reaped: gone";
+}

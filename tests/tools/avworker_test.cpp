@@ -10,7 +10,6 @@
 #include "decoder_command.h"
 #include "platform/device_paths.h"
 #include "player/kovani_player.h"
-#include "player/watch_thread.h"
 #include "tests/support/temp_dir.h"
 #include "platform/sysutil.h"
 
@@ -79,7 +78,6 @@ protected:
         unsetenv("WAYLAND_DISPLAY");
     }
     void TearDown() override {
-        stop_watch_thread();
         (void)system("killall -q avworker");
         EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 3000));
     }

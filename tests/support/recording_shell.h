@@ -1,0 +1,64 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/stop_flag.h"
+#include "player/decoder_shell.h"
+
+// Stand-in for the decoder's shell: records every line instead of running
+// it, and plays the process table: a start line brings up a decoder with a
+// new pid, the kill line ends it. A start line can be held until released,
+// to catch the client in the middle of a start.
+class RecordingShell : public DecoderShell {
+public:
+    void run(const std::string& line, const StopFlag* stop) override {
+        std::unique_lock<std::mutex> hold(mLock);
+        mLines.push_back(line);
+        mChanged.notify_all();
+        if (line.rfind("avworker ", 0) == 0) {
+            mChanged.wait(hold, [&] { return !mHoldStarts || (stop && stop->isSet()); });
+            mPid = ++mLastPid;
+        } else if (line == "killall avworker") {
+            mPid = -1;
+        }
+    }
+    int findDecoder() override {
+        std::lock_guard<std::mutex> hold(mLock);
+        return mPid;
+    }
+    bool alive(int pid) override {
+        std::lock_guard<std::mutex> hold(mLock);
+        return pid > 0 && pid == mPid;
+    }
+
+    std::vector<std::string> lines() {
+        std::lock_guard<std::mutex> hold(mLock);
+        return mLines;
+    }
+    // The decoder dies on its own (a crash, a kill from outside).
+    void crash() {
+        std::lock_guard<std::mutex> hold(mLock);
+        mPid = -1;
+    }
+    void holdStarts(bool on) {
+        std::lock_guard<std::mutex> hold(mLock);
+        mHoldStarts = on;
+        mChanged.notify_all();
+    }
+    // Waits (bounded) until `count` lines were run.
+    bool waitForLines(size_t count) {
+        std::unique_lock<std::mutex> hold(mLock);
+        return mChanged.wait_for(hold, std::chrono::seconds(10), [&] { return mLines.size() >= count; });
+    }
+
+private:
+    std::mutex mLock;
+    std::condition_variable mChanged;
+    std::vector<std::string> mLines;  // guarded by mLock
+    int mPid = -1;
+    int mLastPid = 1000;
+    bool mHoldStarts = false;
+};
