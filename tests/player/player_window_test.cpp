@@ -8,9 +8,12 @@
 #include <string>
 
 #include "platform/device_paths.h"
+#include "player/player_setting_window.h"
 #include "player/app_options.h"
 #include "player/player_lang.h"
 #include "player/skin.h"
+#include "tests/support/recording_shell.h"
+#include "tests/support/sdl_events.h"
 #include "tests/support/sdl_screen.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/keycodes.h"
@@ -22,8 +25,24 @@ namespace {
 
 const SDL_Color kJunk = {200, 0, 40, 255};
 
+// Whether a user event with `code` waits in SDL's queue (peeked, not taken).
+bool queued(int code) {
+    SDL_PumpEvents();
+    SDL_Event events[64];
+    const int n = SDL_PeepEvents(events, 64, SDL_PEEKEVENT, SDL_USEREVENT, SDL_USEREVENT);
+    for (int i = 0; i < n; i++)
+        if (events[i].user.code == code) return true;
+    return false;
+}
+
+// Waits (bounded) until the decoder's news has been posted.
+bool waitQueued(int code) {
+    for (int i = 0; i < 500 && !queued(code); i++) SDL_Delay(10);
+    return queued(code);
+}
+
 // The player window over the staged app folder's skin, a folder of three
-// videos, and the stand-in decoder first on PATH.
+// videos and two sub-folders, and the stand-in decoder shell.
 class PlayerWindowTest : public SdlScreenTest {
 protected:
     void SetUp() override {
@@ -33,21 +52,22 @@ protected:
         mFrame = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
         ASSERT_EQ(SDL_SetRenderTarget(gRenderer, mFrame), 0) << SDL_GetError();
         makeDirs(mRoot.at(DEVICE_PATH_PLAYER_DIR));
-        const std::string videos = mRoot.path() + "/videos";
-        for (const char* name : {"a.mp4", "b.mkv", "c.avi"}) writeFileAtomic(videos + "/" + name, "");
-        gUserPath = videos;
+        mVideos = mRoot.path() + "/videos";
+        for (const char* name : {"a.mp4", "b.mkv", "c.avi", "x/x1.mp4", "x/x2.mp4", "y/y1.mp4", "y/y2.mp4"})
+            writeFileAtomic(mVideos + "/" + name, "");
+        gUserPath = mVideos;
+        gWinList = &mWindows;
         char cwd[4096];
         mOldCwd = getcwd(cwd, sizeof cwd) ? cwd : "/";
         ASSERT_EQ(chdir(KOVANI_APP_DIR), 0);
-        mOldPath = getenv("PATH") ? getenv("PATH") : "";
-        setenv("PATH", (std::string(KOVANI_TEST_DECODER_DIR) + ":" + mOldPath).c_str(), 1);
         initDefLang();
         init_skin();
     }
     void TearDown() override {
+        for (KovaniWindow* w : mWindows) delete w;
+        mWindows.clear();
+        gWinList = nullptr;
         uninit_skin();
-        (void)system("killall -q avworker");
-        setenv("PATH", mOldPath.c_str(), 1);
         (void)chdir(mOldCwd.c_str());
         SDL_SetRenderTarget(gRenderer, nullptr);
         SDL_DestroyTexture(mFrame);
@@ -72,9 +92,44 @@ protected:
         return true;
     }
 
+    // A player window, loaded and at the bottom of the window list.
+    PlayerWindow* openPlayer() {
+        PlayerWindow* window = new PlayerWindow(nullptr, &mShell);
+        mWindows.push_back(window);
+        window->init();
+        for (int i = 0; i < 500 && sLoading; i++) SDL_Delay(10);
+        EXPECT_FALSE(sLoading);
+        return window;
+    }
+    // Plays the entry `downs` rows below the first and waits for its start.
+    void playEntry(PlayerWindow& window, int downs) {
+        for (int i = 0; i < downs; i++) pressKey(window, KEY_DOWN);
+        SDL_Delay(250);  // a second choice within 200 ms would count as a repeat
+        pressKey(window, KEY_A);
+    }
+    // The file the last start line names.
+    std::string lastStarted() {
+        std::string last;
+        for (const std::string& line : mShell.lines())
+            if (line.rfind("avworker ", 0) == 0) last = line.substr(9, line.size() - 11);
+        return last;
+    }
+    // Waits (bounded) until the last start line names `file`.
+    bool started(const std::string& file) {
+        for (int i = 0; i < 300 && lastStarted() != mVideos + file; i++) SDL_Delay(10);
+        return lastStarted() == mVideos + file;
+    }
+    void reportStatus(const char* state) {
+        writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_STATUS),
+                        std::string("{\"status\":\"") + state + "\",\"duration\":9000,\"position\":9000}");
+    }
+
     SDL_Texture* mFrame = nullptr;  // owned
     TempDeviceRoot mRoot;
-    std::string mOldCwd, mOldPath;
+    RecordingShell mShell;
+    std::vector<KovaniWindow*> mWindows;  // owned; the stack the window pushes popups on
+    std::string mVideos;
+    std::string mOldCwd;
 };
 
 }  // namespace
@@ -82,24 +137,78 @@ protected:
 // The video layer shows through exactly the video rectangle while playing;
 // everything else of the windowed view is redrawn every frame.
 TEST_F(PlayerWindowTest, PlayingLeavesOnlyTheVideoRectangleTransparent) {
-    PlayerWindow window(nullptr);
-    window.init();
-    for (int i = 0; i < 500 && sLoading; i++) SDL_Delay(10);
-    ASSERT_FALSE(sLoading);
-
+    PlayerWindow& window = *openPlayer();
     drawFrame(window);
     EXPECT_TRUE(covered({0, 0, 1280, 720})) << "before playing the video window is drawn";
 
-    SDL_Event e = {};
-    e.type = SDL_USEREVENT;
-    e.user.code = EVENT_PLAY_FILE;
-    SDL_PushEvent(&e);
-    for (int i = 0; i < 10 && !window.isPlaying(); i++) window.eventHandling();
+    playEntry(window, 2);
     ASSERT_TRUE(window.isPlaying());
     drawFrame(window);
     EXPECT_TRUE(transparent({650, 85, 610, 360}));
     for (SDL_Rect around : {SDL_Rect{0, 0, 650, 720}, SDL_Rect{650, 0, 630, 85}, SDL_Rect{650, 445, 630, 275},
                             SDL_Rect{1260, 85, 20, 360}})
         EXPECT_TRUE(covered(around)) << around.x << "," << around.y;
-    window.quit();
+}
+
+// A video that ends while the settings popup is on top plays on when the
+// popup closes; the window then goes while its decoder client still reports.
+TEST_F(PlayerWindowTest, ACompletionUnderThePopupPlaysOnAndTheWindowCanGoAnyTime) {
+    PlayerWindow* window = openPlayer();
+    playEntry(*window, 2);
+    ASSERT_TRUE(started("/a.mp4"));
+
+    pressKey(*window, KEY_MENU_KEY);
+    ASSERT_EQ(mWindows.size(), 2u);
+    reportStatus("completed");
+    ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
+    KovaniWindow* popup = mWindows.back();
+    for (int i = 0; i < 8 && queued(EVENT_PLAY_COMPLETE); i++) popup->eventHandling();
+    EXPECT_EQ(lastStarted(), mVideos + "/a.mp4") << "nothing starts under the popup";
+
+    delete popup;
+    mWindows.pop_back();
+    window->refresh();
+    EXPECT_TRUE(started("/b.mkv"));
+    EXPECT_TRUE(window->isPlaying());
+
+    reportStatus("playing");
+    SDL_Delay(600);
+    reportStatus("completed");
+    window->quit();
+    delete window;
+    mWindows.clear();
+    EXPECT_EQ(mShell.lines().back(), "killall avworker");
+}
+
+TEST_F(PlayerWindowTest, ADeadDecoderShowsStoppedAndTheSameFileStartsAgain) {
+    PlayerWindow& window = *openPlayer();
+    playEntry(window, 2);
+    ASSERT_TRUE(window.isPlaying());
+    mShell.waitForLines(3);
+    SDL_Delay(1200);  // past the start's wait: the decoder was found
+    mShell.crash();
+    ASSERT_TRUE(waitQueued(EVENT_DECODER_EXIT));
+    pressKey(window, KEY_NONE);
+    EXPECT_FALSE(window.isPlaying());
+
+    const size_t lines = mShell.lines().size();
+    pressKey(window, KEY_START);
+    EXPECT_TRUE(window.isPlaying());
+    ASSERT_TRUE(mShell.waitForLines(lines + 2));
+    EXPECT_TRUE(started("/a.mp4"));
+}
+
+// Playing x/x1.mp4, then browsing into y: play-on stays in x.
+TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
+    PlayerWindow& window = *openPlayer();
+    pressKey(window, KEY_A);  // into x: "..", x1, x2
+    playEntry(window, 1);
+    ASSERT_TRUE(started("/x/x1.mp4"));
+    pressKey(window, KEY_B);  // back up
+    pressKey(window, KEY_DOWN);
+    pressKey(window, KEY_A);  // into y
+    reportStatus("completed");
+    ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
+    pressKey(window, KEY_NONE);
+    EXPECT_TRUE(started("/x/x2.mp4"));
 }
