@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "bench_clock.h"
+#include "bench_folder.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/file_browser_menu.h"
 #include "toolkit/text_menu_item.h"
@@ -45,30 +46,6 @@ private:
     int mSaved;
 };
 
-// A folder of `count` video files with names in no particular order; its
-// path, "" on failure.
-std::string makeVideoFolder(int count) {
-    char tmpl[] = "/tmp/kovani_bench_XXXXXX";
-    if (!mkdtemp(tmpl)) return "";
-    const char* const words[] = {"Holiday", "clip",    "Concert", "lecture",
-                                 "Match",   "trailer", "Zoo",     "家庭"};
-    const char* const extensions[] = {".mp4", ".mkv", ".avi", ".mov", ".webm", ".ts"};
-    char path[512];
-    for (int i = 0; i < count; i++) {
-        // 7919 and 100000 share no factor, so every name differs.
-        snprintf(path, sizeof path, "%s/%s %05u%s", tmpl, words[i % 8], (unsigned(i) * 7919u) % 100000u,
-                 extensions[i % 6]);
-        const int fd = open(path, O_CREAT | O_WRONLY, 0644);
-        if (fd < 0) {
-            std::error_code ec;
-            std::filesystem::remove_all(tmpl, ec);
-            return "";
-        }
-        close(fd);
-    }
-    return tmpl;
-}
-
 double timeLoaddir(const std::string& dir, int* count) {
     std::vector<void*> list;
     const double start = nowMs();
@@ -76,23 +53,6 @@ double timeLoaddir(const std::string& dir, int* count) {
     const double elapsed = nowMs() - start;
     for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
     return elapsed;
-}
-
-// The least any folder reader does: read the names, stat each, sort once.
-double timeFloor(const std::string& dir) {
-    const double start = nowMs();
-    std::vector<std::string> names;
-    DIR* folder = opendir(dir.c_str());
-    if (!folder) return 0;
-    for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
-        struct stat st;
-        if (fstatat(dirfd(folder), entry->d_name, &st, 0) != 0) continue;
-        if (S_ISREG(st.st_mode)) names.push_back(entry->d_name);
-    }
-    closedir(folder);
-    std::sort(names.begin(), names.end(),
-              [](const std::string& a, const std::string& b) { return strcmp(a.c_str(), b.c_str()) < 0; });
-    return nowMs() - start;
 }
 
 int benchFolder() {
@@ -107,10 +67,10 @@ int benchFolder() {
         QuietStdout quiet;
         // One untimed pass of each warms the page and inode caches.
         timeLoaddir(dir, &count);
-        timeFloor(dir);
+        timeFolderFloor(dir);
         for (int run = 0; run < kRuns; run++) {
             best = std::min(best, timeLoaddir(dir, &count));
-            floorMs = std::min(floorMs, timeFloor(dir));
+            floorMs = std::min(floorMs, timeFolderFloor(dir));
         }
     }
     std::error_code ec;

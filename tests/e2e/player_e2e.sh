@@ -91,6 +91,10 @@ expect_exit_zero() {
     done
     wait "$PID"
     local rc=$?
+    # A sanitizer build reports into the player's log; any report fails.
+    if grep -qE "ERROR: (Address|Leak|Thread)Sanitizer|runtime error:" "$LOG"; then
+        fail "sanitizer report: $(grep -m1 -E 'Sanitizer|runtime error:' "$LOG")"
+    fi
     [ $rc -eq 0 ] || fail "exit status $rc"
     PID=
 }
