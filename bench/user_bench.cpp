@@ -71,6 +71,7 @@ public:
         std::lock_guard<std::mutex> hold(mLock);
         mMarker = marker;
         mSeenMs = 0;
+        mTail.clear();
     }
     double seenMs() {
         std::lock_guard<std::mutex> hold(mLock);
@@ -80,12 +81,11 @@ public:
 private:
     void loop() {
         char buf[65536];
-        std::string tail;
         for (ssize_t n; (n = read(mRead, buf, sizeof buf)) > 0;) {
-            tail.append(buf, (size_t)n);
             std::lock_guard<std::mutex> hold(mLock);
-            if (!mMarker.empty() && mSeenMs == 0 && tail.find(mMarker) != std::string::npos) mSeenMs = nowMs();
-            if (tail.size() > 4096) tail.erase(0, tail.size() - 512);
+            mTail.append(buf, (size_t)n);
+            if (!mMarker.empty() && mSeenMs == 0 && mTail.find(mMarker) != std::string::npos) mSeenMs = nowMs();
+            if (mTail.size() > 4096) mTail.erase(0, mTail.size() - 512);
         }
     }
     int mRead = -1;
@@ -93,6 +93,7 @@ private:
     std::mutex mLock;
     std::string mMarker;  // guarded by mLock
     double mSeenMs = 0;   // guarded by mLock
+    std::string mTail;    // guarded by mLock: the end of what was read
     std::thread mThread;
 };
 
@@ -165,7 +166,7 @@ double longestGapWhileStarting(const std::string& folder) {
     clearQuitRequest();
     double longest = 0;
     for (size_t i = 1; i < times.size(); i++)
-        if (times[i] >= pressedMs && times[i] <= pressedMs + 2000)
+        if (times[i - 1] >= pressedMs && times[i] <= pressedMs + 2000)
             longest = std::max(longest, times[i] - times[i - 1]);
     return longest;
 }
@@ -184,6 +185,10 @@ int main() {
     setenv("PATH", (self + ":" + getenv("PATH")).c_str(), 1);
     setenv("SDL_VIDEODRIVER", "offscreen", 1);
     if (chdir(KOVANI_APP_DIR) != 0) return 2;
+    // What the shell lines print (killall finding nothing) is not the result.
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDERR_FILENO);
+    close(null);
 
     const std::string few = root + "/few";
     std::filesystem::create_directories(few);
