@@ -137,6 +137,7 @@ int KovaniPlayer::getAudioTrack() const { return mAudioTrack; }
 
 int KovaniPlayer::playNotifyer(bool completed, int durationMS, int positionMS, int volume,
                                int audioTrack) {
+    const bool changed = mDurationMS != durationMS || mPositionMS != positionMS;
     mDurationMS = durationMS;
     mPositionMS = positionMS;
     mVolume = volume;
@@ -150,6 +151,7 @@ int KovaniPlayer::playNotifyer(bool completed, int durationMS, int positionMS, i
         mHandler->onPlayComplete();
     }
     mComplete = completed;
+    if (changed && mHandler) mHandler->onReport();
     return 0;
 }
 

@@ -11,4 +11,6 @@ public:
     // The decoder exited without being stopped (killed, crashed, or it never
     // came up).
     virtual void onDecoderExit() {}
+    // A report changed what the client knows (position, duration, ...).
+    virtual void onReport() {}
 };

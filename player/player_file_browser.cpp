@@ -127,6 +127,8 @@ int prepare_file_browser_thread(void* arg) {
     menu->LoadDir();
     const bool found = menu->checkUserFile();
     sLoading = false;
+    // Wakes the main loop to show the list.
+    pushEvent(EVENT_REFRESH, nullptr);
     if (found && !pushEvent(EVENT_PLAY_FILE, nullptr)) tprintf("Failed to push play SDL event\n");
     return 0;
 }

@@ -55,6 +55,10 @@ void PlayerWindowHnadler::onSeekComplete() { pushUserEvent(EVENT_SEEK_COMPLETE);
 
 void PlayerWindowHnadler::onDecoderExit() { pushUserEvent(EVENT_DECODER_EXIT); }
 
+// Only wakes the main loop, which then asks the window whether the times
+// shown changed.
+void PlayerWindowHnadler::onReport() { pushUserEvent(EVENT_REFRESH); }
+
 PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
     : KovaniWindow(STRING_MEDIAPLAYER, -1),
       mMenu(gUserPath.c_str(), startDir, &mPlaying),
@@ -88,7 +92,8 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mPlayIndex(-1),
       mFullscreenShowCtrlMS(kNever),
       mLastPlayedTime(0),
-      mCurrentNameIdx(-1) {
+      mCurrentNameIdx(-1),
+      mDrawnKey(0) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
     mMenu.setRect(listRect);
@@ -406,7 +411,32 @@ void PlayerWindow::drawFullscreenCtrlPanel() {
     drawTimes(638);
 }
 
+bool PlayerWindow::panelShown() {
+    const uint64_t shown = mFullscreenShowCtrlMS;
+    return mFullscreenMode && shown != 0 && shown != kNever &&
+           (uint64_t)systemms() - shown <= kPanelShowMs - 1;
+}
+
+uint64_t PlayerWindow::viewKey() {
+    uint64_t key = (uint64_t)sLoading << 63 | (uint64_t)mPlaying << 62 | (uint64_t)panelShown() << 61;
+    if (mPlaying) {
+        // Whole seconds for the times, and the bar in steps of its track.
+        const int64_t duration = SDL_max(0, mPlayer.getDurationMS());
+        const int64_t position = SDL_max(0, mPlayer.getPositionMS());
+        const int64_t bar = duration > 0 ? SDL_min(position, duration) * 1200 / duration : 0;
+        key ^= (uint64_t)(duration / 1000) << 32 ^ (uint64_t)(position / 1000) << 11 ^ (uint64_t)bar;
+    }
+    return key;
+}
+
+bool PlayerWindow::needsRedraw() { return KovaniWindow::needsRedraw() || viewKey() != mDrawnKey; }
+
+long PlayerWindow::nextRedrawMs() {
+    return panelShown() ? (long)(mFullscreenShowCtrlMS + kPanelShowMs) : -1;
+}
+
 int PlayerWindow::draw() {
+    mDrawnKey = viewKey();
     // Every pixel not drawn below stays fully transparent: the video layer
     // beneath shows through it.
     SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 0);

@@ -22,6 +22,7 @@ public:
     void onPlayComplete() override;
     void onSeekComplete() override;
     void onDecoderExit() override;
+    void onReport() override;
 };
 
 // The player's one full-screen window: the video list on the left, the video
@@ -42,6 +43,8 @@ public:
     // Acts on decoder news that came while another window was on top.
     void refresh() override;
     const char* getTitle() override;
+    bool needsRedraw() override;
+    long nextRedrawMs() override;
 
     bool isFullscreen() const { return mFullscreenMode; }
     bool isPlaying() const { return mPlaying; }
@@ -71,6 +74,10 @@ private:
     void drawTimes(int y);
     void drawProgress(KovaniSurface* background, int x, int y, int track);
     void releaseImages();
+    // What a frame shows that can change without an event reaching the
+    // window, packed to compare whole.
+    uint64_t viewKey();
+    bool panelShown();
 
     PlayerFileBrowserMenu mMenu;
     // Skin images, owned; any may be null (then not drawn).
@@ -109,6 +116,7 @@ private:
     uint64_t mLastPlayedTime;
     std::string mCurrentName;
     int mCurrentNameIdx;
+    uint64_t mDrawnKey;   // viewKey() of the last frame drawn
     Playlist mPlaylist;   // the folder the playing file came from
     std::thread mLoader;  // the start folder's loader, joined on destruction
 };

@@ -8,6 +8,7 @@
 #include "lang.h"
 #include "platform/logger.h"
 #include "screen.h"
+#include "window_bars.h"
 #include "platform/sysutil.h"
 
 std::vector<KovaniWindow*>* gWinList = nullptr;
@@ -19,13 +20,29 @@ namespace {
 const int kFastFrameBudgetMs = 3000;
 const long kFrameMs = 100;
 const long kFastFrameMs = 33;
+// How long an idle loop sleeps at most: the status bar is looked at this often.
+const long kIdleWakeMs = 1000;
+// While joysticks are open SDL cannot sleep on its event queue (the pad is
+// read by polling), so the wait polls at this step instead.
+const long kPollStepMs = 8;
 // A window that never takes its events would otherwise be called forever.
 const int kMaxEventCallsPerFrame = 256;
 
 class WallClock : public FrameClock {
 public:
     long nowMs() override { return systemms(); }
-    void sleepMs(long ms) override { SDL_Delay((Uint32)ms); }
+    void waitEventMs(long ms) override {
+        if (ms <= 0) return;
+        if (SDL_NumJoysticks() == 0) {
+            SDL_WaitEventTimeout(nullptr, (int)ms);
+            return;
+        }
+        for (const long end = systemms() + ms; systemms() < end;) {
+            SDL_PumpEvents();
+            if (SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT)) return;
+            SDL_Delay((Uint32)kPollStepMs);
+        }
+    }
 };
 
 WallClock sWallClock;
@@ -73,16 +90,22 @@ bool eventPending() {
     return true;
 }
 
-// Feeds every pending event to the window on top. Returns the quit code that ends
-// the loop, or 0 to go on with the next frame.
-int handleEvents(std::vector<KovaniWindow*>& list) {
+// Feeds every pending event to the window on top when it is handled. Sets
+// *changed when anything was handled that may show (every event except a
+// bare refresh) or the stack changed. Returns the quit code that ends the
+// loop, or 0.
+int handleEvents(std::vector<KovaniWindow*>& list, bool* changed) {
     for (int calls = 0; calls < kMaxEventCallsPerFrame; calls++) {
+        if (!eventPending()) return quitRequested() ? WINDOW_QUIT : 0;
         // Each event goes to the window on top when it is handled: MENU and
         // then DOWN in one frame move the popup's row, not the list beneath.
         KovaniWindow* top = list.back();
+        const size_t depth = list.size();
         const int code = top->eventHandling();
         if (quitRequested()) return WINDOW_QUIT;
         if (code == WINDOW_QUIT || code == WINDOW_QUIT_ALL) return code;
+        if (code == EVENT_REFRESH) return 0;
+        *changed = true;
         if (code == WINDOW_CLOSE || code == WINDOW_CLOSE_LAST) {
             if (code == WINDOW_CLOSE_LAST || list.size() >= 2) {
                 tprintf("a is %d, popup current window\n", code);
@@ -90,21 +113,9 @@ int handleEvents(std::vector<KovaniWindow*>& list) {
             }
             return 0;
         }
-        if (code == EVENT_REFRESH) return 0;
-        if (!eventPending()) return quitRequested() ? WINDOW_QUIT : 0;
+        if (list.size() != depth) return 0;
     }
     return 0;
-}
-
-void pace(long frameStart) {
-    const long elapsed = sClock->nowMs() - frameStart;
-    if (s_bootFpsTimeout <= 0) {
-        if (elapsed < kFrameMs) sClock->sleepMs(kFrameMs - elapsed);
-        return;
-    }
-    if (elapsed < kFastFrameMs) sClock->sleepMs(kFastFrameMs - elapsed);
-    s_bootFpsTimeout -= kFastFrameMs;
-    if (s_bootFpsTimeout < 0) s_bootFpsTimeout = 0;
 }
 
 void freeAll(std::vector<KovaniWindow*>& list, int quitCode) {
@@ -132,6 +143,8 @@ void freeAll(std::vector<KovaniWindow*>& list, int quitCode) {
 
 const char* KovaniWindow::getTitle() { return getLangStr(mTitle); }
 
+bool KovaniWindow::needsRedraw() { return barsNeedRedraw(); }
+
 void add2PopupList(KovaniWindow* w) {
     dropPendingPopups();
     gPopupList.push_back(w);
@@ -150,18 +163,46 @@ void runWindows(std::vector<KovaniWindow*>& list) {
     start_repeat_thread();
 
     int quitCode = 0;
+    bool dirty = true;
+    long lastDraw = sClock->nowMs() - kFrameMs;
+    long lastTurn = lastDraw + kFrameMs;
     while (!list.empty()) {
-        const long frameStart = sClock->nowMs();
+        const long now = sClock->nowMs();
+        // The fast-frame budget runs down with time, drawn or not.
+        if (s_bootFpsTimeout > 0) s_bootFpsTimeout = SDL_max(0, s_bootFpsTimeout - (int)(now - lastTurn));
+        lastTurn = now;
         KovaniWindow* top = list.back();
         top->refresh();
-        top->enterAnim();
-        top->draw();
-        ScreenUpdateAndFlip();
+        if (!dirty) dirty = top->needsRedraw();
+        const long interval = s_bootFpsTimeout > 0 ? kFastFrameMs : kFrameMs;
+        // A popup about to open takes its picture of the screen: the window
+        // beneath is drawn first, whatever the pace.
+        if (dirty && (now - lastDraw >= interval || !gPopupList.empty())) {
+            top->enterAnim();
+            top->draw();
+            ScreenUpdateAndFlip();
+            noteBarsDrawn();
+            lastDraw = now;
+            dirty = false;
+        }
         // A new popup is drawn at once, in a frame of its own.
-        if (pushPendingPopup(list)) continue;
-        quitCode = handleEvents(list);
-        if (quitCode) break;
-        pace(frameStart);
+        if (pushPendingPopup(list)) {
+            dirty = true;
+            lastDraw = now - kFrameMs;
+            continue;
+        }
+        quitCode = handleEvents(list, &dirty);
+        if (quitCode || list.empty()) break;
+        if (eventPending()) continue;
+        if (quitRequested()) {
+            quitCode = WINDOW_QUIT;
+            break;
+        }
+        long wait = kIdleWakeMs;
+        if (dirty) wait = SDL_max(0L, lastDraw + interval - now);
+        const long due = list.back()->nextRedrawMs();
+        if (due >= 0) wait = SDL_min(wait, SDL_max(0L, due - now));
+        sClock->waitEventMs(wait);
     }
     freeAll(list, quitCode);
     stop_repeat_thread();

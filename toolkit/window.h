@@ -23,6 +23,14 @@ public:
     virtual void exitAnim() {}
     virtual const char* getTitle();
 
+    // Whether what the window shows changed without an event having reached
+    // it (a report from another thread, the status bar). Asked each time the
+    // loop wakes, so it must be cheap. The base asks the status bar.
+    virtual bool needsRedraw();
+    // The wall-clock ms by which the window wants to be asked again (a
+    // panel that hides after a while), or -1 when it has no such time.
+    virtual long nextRedrawMs() { return -1; }
+
     // The top and bottom bars every full-screen window draws, at vertical
     // offset y (window_bars.cpp). drawNavBar returns the width the status
     // icons take from the right edge; drawStatBar the x just past its last
@@ -52,14 +60,22 @@ void bootFastFrames();
 
 // Runs the stack until it is empty or a quit code (or SDL_QUIT) arrives. On
 // return the list is empty and every window has been deleted.
+//
+// A frame is drawn only when something on it changed: an event handled, a
+// window opened or closed, or the top window's needsRedraw(). Otherwise the
+// loop sleeps until an event arrives, the window's nextRedrawMs() or the next
+// look at the status bar. Events are handled as soon as they arrive; drawing
+// is held to at most one frame per 100 ms, or per 33 ms while the fast-frame
+// budget lasts.
 void runWindows(std::vector<KovaniWindow*>& list);
 
-// Time source of the main loop's frame pacing; tests replace it.
+// Time source and sleep of the main loop; tests replace it.
 class FrameClock {
 public:
     virtual ~FrameClock() {}
     virtual long nowMs() = 0;
-    virtual void sleepMs(long ms) = 0;
+    // Sleeps until an SDL event is queued or `ms` pass, whichever is first.
+    virtual void waitEventMs(long ms) = 0;
 };
 // Installs `clock` (not owned; null restores the wall clock).
 void setFrameClock(FrameClock* clock);

@@ -28,3 +28,10 @@ int draw_stat_icon_item_left(KovaniSurface* icon, int x, int y, const char* text
 // The battery, process and Bluetooth state behind the top bar is read at
 // most once a second; this makes the next bar read it again.
 void invalidateBarStatus();
+
+// Whether the state the top bar shows (battery, charging, sound, network,
+// Bluetooth) differs from when noteBarsDrawn() was last called; cheap enough
+// to ask on every wake of the loop. The loop calls noteBarsDrawn() after
+// each drawn frame.
+bool barsNeedRedraw();
+void noteBarsDrawn();

@@ -7,16 +7,24 @@
 #include <string>
 #include <vector>
 
+#include "platform/sysutil.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/sdl_screen.h"
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
-#include "platform/sysutil.h"
 
 namespace {
 
-// A frame clock that moves only when the loop sleeps, so pacing is exact. A
-// real-time deadline ends a loop that would otherwise never stop.
+void push(int type, int code = 0) {
+    SDL_Event e = {};
+    e.type = type;
+    e.user.code = code;
+    SDL_PushEvent(&e);
+}
+
+// A clock that moves only when the loop sleeps, so waits are exact. Each
+// sleep may run a step of the test's script. A real-time deadline ends a
+// loop that would otherwise never stop.
 class FakeClock : public FrameClock {
 public:
     long nowMs() override {
@@ -26,30 +34,33 @@ public:
         }
         return mNow;
     }
-    void sleepMs(long ms) override {
-        mSleeps.push_back(ms);
-        mNow += ms;
+    void waitEventMs(long ms) override {
+        mWaits.push_back(ms);
+        if (mOnWait) mOnWait(mWaits.size());
+        SDL_PumpEvents();
+        if (!SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT)) mNow += ms;
     }
     long mNow = 1000000;
     long mDeadline = systemms() + 5000;
     bool mExpired = false;
-    std::vector<long> mSleeps;
+    std::vector<long> mWaits;
+    std::function<void(size_t)> mOnWait;  // called with the count of waits so far
 };
 
-// A window whose event handler is a script: handler(window) gives the code
-// for each call; every call is recorded in the shared journal.
+// A window whose event handler is a script: handler(window, code) gives the
+// result for each event; draws and calls are recorded in a shared journal.
 class ScriptWindow : public KovaniWindow {
 public:
-    ScriptWindow(std::string name, std::vector<std::string>& journal, std::function<int(ScriptWindow&)> handler)
+    ScriptWindow(std::string name, std::vector<std::string>& journal, std::function<int(ScriptWindow&, int)> handler)
         : KovaniWindow(-1, -1), mName(std::move(name)), mJournal(journal), mHandler(std::move(handler)) {}
     // Like every real window, takes one event per call.
     int eventHandling() override {
+        const int code = wait_event(nullptr);
         log("event");
-        if (mReadsEvents) wait_event(nullptr);
-        return mHandler(*this);
+        return mHandler(*this, code);
     }
     int draw() override {
-        mDraws++;
+        if (mDrawnAt) mDrawnAt->push_back(mClock->mNow);
         log("draw");
         return 0;
     }
@@ -58,14 +69,18 @@ public:
     void saveState(cJSON*) override {}
     int restoreState(cJSON*) override { return 0; }
     void refresh() override {}
+    bool needsRedraw() override { return mChanged; }
+    long nextRedrawMs() override { return mDue > mClock->mNow ? mDue : -1; }
     ~ScriptWindow() override { log("deleted"); }
     void log(const char* what) { mJournal.push_back(mName + "." + what); }
 
     std::string mName;
     std::vector<std::string>& mJournal;
-    std::function<int(ScriptWindow&)> mHandler;
-    int mDraws = 0;
-    bool mReadsEvents = true;
+    std::function<int(ScriptWindow&, int)> mHandler;
+    std::vector<long>* mDrawnAt = nullptr;  // not owned: the test's, which outlives the window
+    FakeClock* mClock = nullptr;            // not owned
+    bool mChanged = false;
+    long mDue = -1;
 };
 
 class RunWindowsTest : public SdlScreenTest {
@@ -80,11 +95,13 @@ protected:
     void TearDown() override {
         setFrameClock(nullptr);
         clearQuitRequest();
+        SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
         EXPECT_FALSE(mClock.mExpired) << "the loop did not end by itself";
         SdlScreenTest::TearDown();
     }
-    ScriptWindow* add(const char* name, std::function<int(ScriptWindow&)> handler) {
+    ScriptWindow* add(const char* name, std::function<int(ScriptWindow&, int)> handler) {
         mList.push_back(new ScriptWindow(name, mJournal, std::move(handler)));
+        static_cast<ScriptWindow*>(mList.back())->mClock = &mClock;
         return static_cast<ScriptWindow*>(mList.back());
     }
     std::string run() {
@@ -93,14 +110,16 @@ protected:
         EXPECT_TRUE(mList.empty());
         return capture.finish();
     }
-    void push(int type, int code = 0) {
-        SDL_Event e = {};
-        e.type = type;
-        e.user.code = code;
-        SDL_PushEvent(&e);
+    // The journal without its draws: the order in which windows met events.
+    std::vector<std::string> calls() const {
+        std::vector<std::string> out;
+        for (const std::string& line : mJournal)
+            if (line.find(".draw") == std::string::npos) out.push_back(line);
+        return out;
     }
 
     FakeClock mClock;
+    std::vector<long> mDrawTimes;
     std::vector<std::string> mJournal;
     std::vector<KovaniWindow*> mList;
 };
@@ -108,85 +127,117 @@ protected:
 }  // namespace
 
 TEST_F(RunWindowsTest, CloseCodesRespectTheLastWindow) {
-    // The bottom window tries 1002 alone (ignored), then 1005 (closes it).
-    add("bottom", [](ScriptWindow& w) {
-        if (w.mDraws == 1) return (int)WINDOW_CLOSE;
-        if (w.mDraws == 2) {
-            gWinList->push_back(new ScriptWindow("top", w.mJournal, [](ScriptWindow&) { return (int)WINDOW_CLOSE; }));
+    // 1002 alone is ignored; a window pushed on the stack gets the next
+    // event; 1002 with two closes; 1005 closes the last.
+    add("bottom", [](ScriptWindow& w, int) {
+        static int calls = 0;
+        calls = w.mJournal.size() <= 2 ? 0 : calls + 1;
+        if (calls == 0) return (int)WINDOW_CLOSE;
+        if (calls == 1) {
+            ScriptWindow* top = new ScriptWindow("top", w.mJournal, [](ScriptWindow&, int) { return (int)WINDOW_CLOSE; });
+            gWinList->push_back(top);
             return (int)KEY_NONE;
         }
         return (int)WINDOW_CLOSE_LAST;
     });
+    for (int i = 0; i < 4; i++) push(SDL_USEREVENT, KEY_A);
     run();
-    const std::vector<std::string> expected = {
-        "bottom.draw", "bottom.event",                              // 1002 alone: stays
-        "bottom.draw", "bottom.event",                              // pushes "top"
-        "top.draw",    "top.event",    "top.quit", "top.deleted",   // 1002 with two: closes
-        "bottom.draw", "bottom.event", "bottom.quit", "bottom.deleted",
-    };
-    EXPECT_EQ(mJournal, expected);
+    EXPECT_EQ(calls(), (std::vector<std::string>{"bottom.event", "bottom.event", "top.event", "top.quit",
+                                                 "top.deleted", "bottom.event", "bottom.quit", "bottom.deleted"}));
 }
 
 TEST_F(RunWindowsTest, QuitCodeRemovesTheTopFirstThenFreesTheRestTopDown) {
-    add("a", [](ScriptWindow&) { return 0; });
-    add("b", [](ScriptWindow&) { return 0; });
-    add("c", [](ScriptWindow&) { return (int)WINDOW_QUIT_ALL; });
+    add("a", [](ScriptWindow&, int) { return 0; });
+    add("b", [](ScriptWindow&, int) { return 0; });
+    add("c", [](ScriptWindow&, int) { return (int)WINDOW_QUIT_ALL; });
+    push(SDL_USEREVENT, KEY_A);
     run();
     EXPECT_EQ(mJournal, (std::vector<std::string>{"c.draw", "c.event", "c.quit", "c.deleted", "b.quit",
                                                   "b.deleted", "a.quit", "a.deleted"}));
 }
 
 TEST_F(RunWindowsTest, OnlyTheLastPendingPopupIsShownAndOpensAboveTheClosingWindow) {
-    add("base", [](ScriptWindow& w) { return w.mDraws == 1 ? (int)KEY_NONE : (int)WINDOW_QUIT; });
-    add("middle", [](ScriptWindow& w) {
-        add2PopupList(new ScriptWindow("first", w.mJournal, [](ScriptWindow&) { return 0; }));
-        add2PopupList(new ScriptWindow("second", w.mJournal, [](ScriptWindow&) { return (int)WINDOW_CLOSE; }));
+    add("base", [](ScriptWindow&, int) { return (int)WINDOW_QUIT; });
+    add("middle", [](ScriptWindow& w, int) {
+        add2PopupList(new ScriptWindow("first", w.mJournal, [](ScriptWindow&, int) { return 0; }));
+        add2PopupList(new ScriptWindow("second", w.mJournal, [](ScriptWindow&, int) { return (int)WINDOW_CLOSE; }));
         return (int)WINDOW_CLOSE_LAST;
     });
+    for (int i = 0; i < 3; i++) push(SDL_USEREVENT, KEY_A);
     run();
     const std::vector<std::string> expected = {
         "middle.draw", "middle.event", "first.quit", "first.deleted",  // a replaced popup is never initialised
         "middle.quit", "middle.deleted",
-        "base.draw", "second.init",                                     // popup goes on in the next frame
-        "second.draw", "second.event", "second.quit", "second.deleted",
-        "base.draw", "base.event", "base.quit", "base.deleted",
+        "base.draw", "second.init", "second.draw",                     // the popup opens at once, drawn
+        "second.event", "second.quit", "second.deleted",
+        "base.event", "base.quit", "base.deleted",
     };
     EXPECT_EQ(mJournal, expected);
 }
 
-TEST_F(RunWindowsTest, AllPendingEventsAreHandledBeforeTheNextFrame) {
-    std::vector<int> codes;
-    add("w", [&codes](ScriptWindow& w) {
-        if (w.mDraws > 1) return (int)WINDOW_QUIT;
-        codes.push_back(wait_event(nullptr));
-        return codes.back();
-    })->mReadsEvents = false;
-    for (int code : {KEY_A, KEY_B, EVENT_REFRESH, KEY_X}) push(SDL_USEREVENT, code);
-    run();
-    // EVENT_REFRESH ends this frame's handling; KEY_X waits for the next.
-    EXPECT_EQ(codes, (std::vector<int>{KEY_A, KEY_B, EVENT_REFRESH}));
-    SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
-}
-
-TEST_F(RunWindowsTest, FramesRunAt33MsWhileTheBudgetLastsThenAt100) {
-    add("w", [](ScriptWindow& w) {
-        if (w.mDraws == 1) bootFastFrames();
-        return w.mDraws > 120 ? (int)WINDOW_QUIT : 0;
+// MENU and then DOWN queued together: DOWN reaches the popup MENU opened.
+TEST_F(RunWindowsTest, EachEventGoesToTheWindowOnTopWhenItIsHandled) {
+    std::vector<int> popupCodes;
+    add("player", [&popupCodes](ScriptWindow& w, int code) {
+        if (code != KEY_MENU_KEY) return (int)WINDOW_QUIT;
+        gWinList->push_back(new ScriptWindow("popup", w.mJournal, [&popupCodes](ScriptWindow&, int c) {
+            popupCodes.push_back(c);
+            return c == KEY_B ? (int)WINDOW_CLOSE : (int)KEY_NONE;
+        }));
+        return (int)KEY_NONE;
     });
+    for (int code : {KEY_MENU_KEY, KEY_DOWN, KEY_B, KEY_X}) push(SDL_USEREVENT, code);
     run();
-    const long fast = std::count(mClock.mSleeps.begin(), mClock.mSleeps.end(), 33);
-    EXPECT_EQ(fast, 91) << "3000 ms of budget at 33 ms a frame";
-    EXPECT_EQ(std::count(mClock.mSleeps.begin(), mClock.mSleeps.end(), 100), long(mClock.mSleeps.size()) - 91);
-    EXPECT_EQ(s_bootFpsTimeout, 0);
+    EXPECT_EQ(popupCodes, (std::vector<int>{KEY_DOWN, KEY_B}));
 }
 
-TEST_F(RunWindowsTest, SdlQuitEndsTheLoopEvenIfTheWindowNeverReadsEvents) {
-    for (bool reads : {true, false}) {
-            add("w", [](ScriptWindow&) { return (int)KEY_NONE; })->mReadsEvents = reads;
-        push(SDL_QUIT);
-        push(SDL_USEREVENT, KEY_A);
-        EXPECT_NE(run().find("a is 1003, quit deskui\n"), std::string::npos) << reads;
-        clearQuitRequest();
-        SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
-    }
+// An idle loop draws nothing and sleeps in long waits; a key, the window's
+// own change and its due time each bring exactly one frame.
+TEST_F(RunWindowsTest, AFrameIsDrawnOnlyWhenSomethingChanged) {
+    ScriptWindow* w = add("w", [](ScriptWindow&, int code) { return code == KEY_X ? (int)WINDOW_QUIT : 0; });
+    w->mDrawnAt = &mDrawTimes;
+    mClock.mOnWait = [&](size_t waits) {
+        if (waits == 5) push(SDL_USEREVENT, KEY_A);
+        if (waits == 10) w->mChanged = true;
+        if (waits == 11) w->mChanged = false;
+        if (waits == 15) w->mDue = mClock.mNow + 1300;
+        if (waits == 20) push(SDL_USEREVENT, KEY_X);
+    };
+    run();
+    EXPECT_EQ(mDrawTimes.size(), 3u) << "the first frame, the key, the change";
+    EXPECT_GE(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), 1000) << "idle waits are long";
+    EXPECT_NE(std::find(mClock.mWaits.begin(), mClock.mWaits.end(), 300), mClock.mWaits.end())
+        << "the window's due time bounds the wait";
+}
+
+// Keys arriving 10 ms apart are handled at once; frames follow at most every
+// 33 ms while the fast-frame budget lasts.
+TEST_F(RunWindowsTest, EventsAreHandledAtOnceAndDrawingKeepsThePace) {
+    std::vector<long> handledAt;
+    ScriptWindow* w = add("w", [&](ScriptWindow&, int code) {
+        handledAt.push_back(mClock.mNow);
+        bootFastFrames();
+        return code == KEY_X ? (int)WINDOW_QUIT : 0;
+    });
+    w->mDrawnAt = &mDrawTimes;
+    mClock.mOnWait = [&](size_t waits) {
+        if (waits < 30) {
+            mClock.mNow += 10;
+            push(SDL_USEREVENT, KEY_DOWN);
+        } else if (waits == 30) {
+            push(SDL_USEREVENT, KEY_X);
+        }
+    };
+    run();
+    ASSERT_GE(handledAt.size(), 29u);
+    for (size_t i = 1; i < handledAt.size(); i++) EXPECT_LE(handledAt[i] - handledAt[i - 1], 10) << i;
+    for (size_t i = 1; i < mDrawTimes.size(); i++) EXPECT_GE(mDrawTimes[i] - mDrawTimes[i - 1], 33) << i;
+    EXPECT_GE(mDrawTimes.size(), 5u) << "but it does draw";
+}
+
+TEST_F(RunWindowsTest, SdlQuitEndsTheLoop) {
+    add("w", [](ScriptWindow&, int) { return (int)KEY_NONE; });
+    push(SDL_QUIT);
+    push(SDL_USEREVENT, KEY_A);
+    EXPECT_NE(run().find("a is 1003, quit deskui\n"), std::string::npos);
 }
