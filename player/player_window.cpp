@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <functional>
+
 #include "app_options.h"
 #include "display_rect.h"
 #include "player_lang.h"
@@ -419,6 +421,9 @@ bool PlayerWindow::panelShown() {
 
 uint64_t PlayerWindow::viewKey() {
     uint64_t key = (uint64_t)sLoading << 63 | (uint64_t)mPlaying << 62 | (uint64_t)panelShown() << 61;
+    // The title follows the cursor, which a refresh passing through the list
+    // can settle on.
+    key ^= std::hash<std::string>()(mCurrentName) >> 4;
     if (mPlaying) {
         // Whole seconds for the times, and the bar in steps of its track.
         const int64_t duration = SDL_max(0, mPlayer.getDurationMS());

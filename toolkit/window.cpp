@@ -198,6 +198,9 @@ void runWindows(std::vector<KovaniWindow*>& list) {
             quitCode = WINDOW_QUIT;
             break;
         }
+        // What the events changed without saying so (a refresh that let the
+        // window take a report) is drawn before the loop sleeps.
+        if (!dirty) dirty = list.back()->needsRedraw();
         long wait = kIdleWakeMs;
         if (dirty) wait = SDL_max(0L, lastDraw + interval - now);
         const long due = list.back()->nextRedrawMs();
