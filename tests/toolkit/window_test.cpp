@@ -60,6 +60,7 @@ public:
         return mHandler(*this, code);
     }
     int draw() override {
+        mChanged = false;  // as a real window, whose change is drawn now
         if (mDrawnAt) mDrawnAt->push_back(mClock->mNow);
         log("draw");
         return 0;
@@ -199,7 +200,6 @@ TEST_F(RunWindowsTest, AFrameIsDrawnOnlyWhenSomethingChanged) {
     mClock.mOnWait = [&](size_t waits) {
         if (waits == 5) push(SDL_USEREVENT, KEY_A);
         if (waits == 10) w->mChanged = true;
-        if (waits == 11) w->mChanged = false;
         if (waits == 15) w->mDue = mClock.mNow + 1300;
         if (waits == 20) push(SDL_USEREVENT, KEY_X);
     };
