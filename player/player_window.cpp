@@ -425,10 +425,13 @@ uint64_t PlayerWindow::viewKey() {
     // can settle on.
     key ^= std::hash<std::string>()(mCurrentName) >> 4;
     if (mPlaying) {
-        // Whole seconds for the times, and the bar in steps of its track.
+        // Whole seconds for the times, and the slider in pieces of the bar
+        // on screen: a report that moves neither draws nothing.
         const int64_t duration = SDL_max(0, mPlayer.getDurationMS());
         const int64_t position = SDL_max(0, mPlayer.getPositionMS());
-        const int64_t bar = duration > 0 ? SDL_min(position, duration) * 1200 / duration : 0;
+        const int64_t piece = mProgressMiddle ? SDL_max(1, mProgressMiddle->getWidth()) : 1;
+        const int64_t track = mFullscreenMode ? 1200 : 570;
+        const int64_t bar = duration > 0 ? SDL_min(position, duration) * track / (duration * piece) : 0;
         key ^= (uint64_t)(duration / 1000) << 32 ^ (uint64_t)(position / 1000) << 11 ^ (uint64_t)bar;
     }
     return key;
