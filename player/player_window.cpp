@@ -95,7 +95,10 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mFullscreenShowCtrlMS(kNever),
       mLastPlayedTime(0),
       mCurrentNameIdx(-1),
-      mDrawnKey(0) {
+      mDrawnKey(0),
+      mStatic(nullptr),
+      mStaticKey(0),
+      mComposeStatic(true) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
     mMenu.setRect(listRect);
@@ -105,6 +108,7 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
 PlayerWindow::~PlayerWindow() {
     // The loader writes into the list; it must be done before the list goes.
     if (mLoader.joinable()) mLoader.join();
+    if (mStatic) SDL_DestroyTexture(mStatic);
     releaseImages();
 }
 
@@ -389,7 +393,7 @@ void PlayerWindow::drawProgressBar() { drawProgress(mProgressBG, 670, 475, 570);
 
 void PlayerWindow::drawFullscreenProgressBar() { drawProgress(mProgressBGFull, 40, 616, 1200); }
 
-void PlayerWindow::drawControlPanel() {
+void PlayerWindow::drawPanelImages() {
     drawAt(mCtlPanelBG, 650, 455);
     drawAt(mFullscreen, 705, 540);
     drawAt(mPrevious, 815, 540);
@@ -401,9 +405,17 @@ void PlayerWindow::drawControlPanel() {
     drawAt(mTipStart, 915, 610);
     drawAt(mTipR, 1049, 610);
     drawAt(mTipMenu, 1135, 610);
+}
+
+void PlayerWindow::drawPanelTimes() {
     readPlayerTimes();
     drawProgressBar();
     drawTimes(497);
+}
+
+void PlayerWindow::drawControlPanel() {
+    drawPanelImages();
+    drawPanelTimes();
 }
 
 void PlayerWindow::drawFullscreenCtrlPanel() {
@@ -443,6 +455,53 @@ long PlayerWindow::nextRedrawMs() {
     return panelShown() ? (long)(mFullscreenShowCtrlMS + kPanelShowMs) : -1;
 }
 
+void PlayerWindow::drawStaticParts() {
+    if (!mPlayed) {
+        if (gBackground) gBackground->render(nullptr, nullptr, false, nullptr);
+        drawAt(mPlayerBG, 650, 85);
+        if (!mPlaying) drawAt(mIconPlay, 895, 205);
+    } else if (gBackground) {
+        // The background around the video rectangle, which stays transparent.
+        SDL_Rect pieces[] = {{0, 0, 650, 720}, {650, 0, 610, 85}, {650, 445, 610, 275}, {1260, 0, 20, 720}};
+        for (SDL_Rect& piece : pieces) gBackground->render(&piece, &piece, false, nullptr);
+        if (!mPlaying) drawAt(mIconPlay, 895, 205);
+    }
+    drawStatBar(0);
+    drawPanelImages();
+}
+
+// The static parts are composed once into a texture, transparent hole
+// included, and copied whole (no blending) in place of the screen's clear;
+// they are composed anew only when what they show changes.
+bool PlayerWindow::copyStaticParts() {
+    if (!mComposeStatic) return false;
+    const uint32_t key = 1u | (uint32_t)mPlayed << 1 | (uint32_t)mPlaying << 2 |
+                         (uint32_t)isConfirmKey(KEY_B) << 3;
+    if (!mStatic) {
+        mStatic = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
+        if (!mStatic) {
+            tprintf("compose player frame fail: %s\n", SDL_GetError());
+            mComposeStatic = false;
+            return false;
+        }
+        SDL_SetTextureBlendMode(mStatic, SDL_BLENDMODE_NONE);
+        mStaticKey = 0;
+    }
+    if (key != mStaticKey) {
+        SDL_Texture* screen = SDL_GetRenderTarget(gRenderer);
+        SDL_SetRenderTarget(gRenderer, mStatic);
+        SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 0);
+        SDL_RenderClear(gRenderer);
+        drawStaticParts();
+        SDL_SetRenderTarget(gRenderer, screen);
+        mStaticKey = key;
+    }
+    SDL_RenderCopy(gRenderer, mStatic, nullptr, nullptr);
+    return true;
+}
+
+void PlayerWindow::setComposeStatic(bool on) { mComposeStatic = on; }
+
 int PlayerWindow::draw() {
     mDrawnKey = viewKey();
     // Every pixel not drawn below stays fully transparent: the video layer
@@ -463,19 +522,9 @@ int PlayerWindow::draw() {
         return 0;
     }
 
-    if (!mPlayed) {
-        if (gBackground) gBackground->render(nullptr, nullptr, false, nullptr);
-        drawAt(mPlayerBG, 650, 85);
-        if (!mPlaying) drawAt(mIconPlay, 895, 205);
-    } else if (gBackground) {
-        // The background around the video rectangle, which stays transparent.
-        SDL_Rect pieces[] = {{0, 0, 650, 720}, {650, 0, 610, 85}, {650, 445, 610, 275}, {1260, 0, 20, 720}};
-        for (SDL_Rect& piece : pieces) gBackground->render(&piece, &piece, false, nullptr);
-        if (!mPlaying) drawAt(mIconPlay, 895, 205);
-    }
+    if (!copyStaticParts()) drawStaticParts();
     drawNavBar(0);
-    drawStatBar(0);
-    drawControlPanel();
+    drawPanelTimes();
 
     if (sLoading) {
         DrawString(gListFontTxt, SDL_Rect{0, 80, 620, 580}, getLangStr(STRING_READING_FILES),

@@ -55,6 +55,8 @@ public:
     bool playPreviousPos();
 
     void drawControlPanel();
+    // Off: every frame draws everything anew (tests compare the two).
+    void setComposeStatic(bool on);
     void drawProgressBar();
     void drawFullscreenCtrlPanel();
     void drawFullscreenProgressBar();
@@ -74,6 +76,10 @@ private:
     void drawTimes(int y);
     void drawProgress(KovaniSurface* background, int x, int y, int track);
     void releaseImages();
+    void drawPanelImages();
+    void drawPanelTimes();
+    void drawStaticParts();
+    bool copyStaticParts();
     // What a frame shows that can change without an event reaching the
     // window, packed to compare whole.
     uint64_t viewKey();
@@ -117,6 +123,9 @@ private:
     std::string mCurrentName;
     int mCurrentNameIdx;
     uint64_t mDrawnKey;   // viewKey() of the last frame drawn
+    SDL_Texture* mStatic;  // owned: the composed static parts; null until first drawn
+    uint32_t mStaticKey;   // what mStatic shows; 0: nothing yet
+    bool mComposeStatic;
     Playlist mPlaylist;   // the folder the playing file came from
     std::thread mLoader;  // the start folder's loader, joined on destruction
 };

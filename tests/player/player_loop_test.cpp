@@ -100,7 +100,11 @@ protected:
     void expectUpToDate(const std::string& name) {
         const std::vector<Uint32> shown = readFrame();
         SDL_SetRenderTarget(gRenderer, mCheck);
+        // The full redraw draws every part anew, composed parts included.
+        PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
+        if (player) player->setComposeStatic(false);
         gWinList->back()->draw();
+        if (player) player->setComposeStatic(true);
         const std::vector<Uint32> full = readFrame();
         SDL_SetRenderTarget(gRenderer, mFrame);
         int differ = 0;
