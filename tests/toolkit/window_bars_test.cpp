@@ -60,7 +60,7 @@ public:
 class FixedAnswerShell : public WpaShell {
 public:
     bool supplicantRunning() override { return true; }
-    int run(const char* command) override {
+    int run(const char* command, const StopFlag&) override {
         const std::string cmd = command;
         const bool append = cmd.find(">> ") != std::string::npos;
         FILE* f = fopen(cmd.substr(cmd.rfind(' ') + 1).c_str(), append ? "a" : "w");
