@@ -27,6 +27,7 @@ const char* const kDevicePaths[DEVICE_PATH_COUNT] = {
     "/tmp/btdev_addr",
     "/tmp/bluetooth_ready",
     "/sys/devices/virtual/disp/disp/attr/",
+    "/dev/dsp1",
 };
 
 struct PathTable {

@@ -22,6 +22,7 @@ enum DevicePathId {
     DEVICE_PATH_BT_DEV_ADDR,     // Bluetooth headphone markers
     DEVICE_PATH_BT_READY,
     DEVICE_PATH_DISP_ATTR_DIR,   // display colour attributes (sysfs)
+    DEVICE_PATH_BT_AUDIO,        // sound device of Bluetooth audio, readable while it is on
     DEVICE_PATH_COUNT
 };
 

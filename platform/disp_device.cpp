@@ -5,8 +5,8 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-int LayerConfig(int fd, int cmd, disp_layer_config* cfg) {
-    unsigned long long args[4] = {0, (unsigned long long)(uintptr_t)cfg, 1, 0};
+int LayerConfig(int fd, int cmd, disp_layer_record* record) {
+    unsigned long long args[4] = {0, (unsigned long long)(uintptr_t)record, 1, 0};
     return ioctl(fd, (unsigned long)cmd, args) == 0 ? 0 : -1;
 }
 
@@ -16,7 +16,7 @@ DispDeviceNode::~DispDeviceNode() {
     if (mFd >= 0) close(mFd);
 }
 
-int DispDeviceNode::layerCommand(int cmd, disp_layer_config* cfg) {
+int DispDeviceNode::layerCommand(int cmd, disp_layer_record* record) {
     if (mFd < 0) return -1;
-    return LayerConfig(mFd, cmd, cfg);
+    return LayerConfig(mFd, cmd, record);
 }

@@ -2,10 +2,11 @@
 
 // The display engine driver's layer record and layer commands, as the kernel
 // driver on the handheld exchanges them through ioctl on its device node. The
-// layout must match the driver byte for byte; only the fields the player
-// changes (info.alpha_mode, info.alpha_value) and the address fields
+// head of the layout must match the driver byte for byte; only the fields the
+// player changes (info.alpha_mode, info.alpha_value) and the address fields
 // (channel, layer_id) are given meaning here, everything else is carried
-// through unchanged.
+// through unchanged. A kernel whose record is longer than ours copies its
+// whole record, so the driver is only ever handed a disp_layer_record.
 
 #include <stdint.h>
 
@@ -80,4 +81,13 @@ struct disp_layer_config {
     bool enable;
     uint32_t channel;
     uint32_t layer_id;
+};
+
+// What the driver is handed: our record at the head of a zeroed room far
+// larger than any kernel's record, so a longer record than ours lands in the
+// room and is written back unchanged.
+enum { DISP_LAYER_RECORD_ROOM = 1024 };
+union disp_layer_record {
+    struct disp_layer_config cfg;
+    unsigned char room[DISP_LAYER_RECORD_ROOM];
 };

@@ -1,5 +1,6 @@
 #include "key_shm.h"
 
+#include <dlfcn.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <string.h>
@@ -8,10 +9,22 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <map>
+#include <mutex>
 #include <string>
 
 #include "device_paths.h"
 #include "logger.h"
+
+struct KeyShmOps {
+    std::string name;  // what the log lines call it
+    // A loaded library's entry points, given our handle's record room; all
+    // null for the stand-in.
+    int (*init)(void*) = nullptr;
+    int (*get)(void*, int) = nullptr;
+    int (*set)(void*, int, int) = nullptr;
+    int (*uninit)(void*) = nullptr;
+};
 
 namespace {
 
@@ -24,13 +37,50 @@ void makeParents(const std::string& path) {
 }
 
 bool usable(const KeyShmInfo* info, int index) {
-    return info && info->values && index >= 0 && index < MONITOR_VALUE_MAX;
+    return info && info->ops && index >= 0 && index < MONITOR_VALUE_MAX &&
+           (info->ops->init || info->values);
 }
 
-}  // namespace
+const KeyShmOps sStandIn = {"the stand-in", nullptr, nullptr, nullptr, nullptr};
 
-int InitKeyShm(KeyShmInfo* info) {
-    if (!info) return -1;
+// Libraries loaded so far, by name. A library is never closed again: open
+// handles call into it, and it serves every later InitKeyShmWith.
+std::mutex sLibraryLock;
+std::map<std::string, KeyShmOps> sLibraries;  // guarded by sLibraryLock
+
+template <typename Fn>
+bool resolve(void* lib, const char* library, const char* symbol, Fn* out) {
+    *out = reinterpret_cast<Fn>(dlsym(lib, symbol));
+    if (*out) return true;
+    tprintf("key shm: %s lacks %s, using the stand-in %s\n", library, symbol, devicePath(DEVICE_PATH_KEY_SHM));
+    return false;
+}
+
+// The library's entry points, or the stand-in (logged) when it or one of
+// its functions is missing.
+const KeyShmOps* loadLibrary(const char* library) {
+    std::lock_guard<std::mutex> hold(sLibraryLock);
+    auto known = sLibraries.find(library);
+    if (known != sLibraries.end()) return &known->second;
+    void* lib = dlopen(library, RTLD_NOW | RTLD_LOCAL);
+    if (!lib) {
+        const char* why = dlerror();
+        tprintf("key shm: %s not loaded (%s), using the stand-in %s\n", library, why ? why : "?",
+                devicePath(DEVICE_PATH_KEY_SHM));
+        return &sStandIn;
+    }
+    KeyShmOps ops;
+    ops.name = library;
+    if (!resolve(lib, library, "InitKeyShm", &ops.init) || !resolve(lib, library, "GetKeyShm", &ops.get) ||
+        !resolve(lib, library, "SetKeyShm", &ops.set) || !resolve(lib, library, "UninitKeyShm", &ops.uninit)) {
+        dlclose(lib);
+        return &sStandIn;
+    }
+    tprintf("key shm: using %s\n", library);
+    return &sLibraries.emplace(library, ops).first->second;
+}
+
+int initStandIn(KeyShmInfo* info) {
     const char* path = devicePath(DEVICE_PATH_KEY_SHM);
     makeParents(path);
     int fd = open(path, O_RDWR | O_CREAT | O_CLOEXEC, 0666);
@@ -57,24 +107,64 @@ int InitKeyShm(KeyShmInfo* info) {
     }
     info->fd = fd;
     info->values = static_cast<int*>(map);
+    info->ops = &sStandIn;
     return 0;
+}
+
+int initOn(KeyShmInfo* info, const KeyShmOps* ops) {
+    if (!info) return -1;
+    if (info->ops) UninitKeyShm(info);
+    if (!ops->init) return initStandIn(info);
+    memset(info->library, 0, sizeof info->library);
+    const int rc = ops->init(info->library);
+    if (rc != 0) {
+        tprintf("key shm: InitKeyShm of %s failed (%d)\n", ops->name.c_str(), rc);
+        return -1;
+    }
+    info->ops = ops;
+    return 0;
+}
+
+}  // namespace
+
+const char* keyShmLibraryName() {
+#ifdef KOVANI_KEY_SHM_LIBRARY
+    return KOVANI_KEY_SHM_LIBRARY;
+#else
+    return nullptr;
+#endif
+}
+
+int InitKeyShm(KeyShmInfo* info) {
+    if (!keyShmLibraryName()) return initOn(info, &sStandIn);
+    // Decided once, so the player logs the outcome once.
+    static const KeyShmOps* sChosen = loadLibrary(keyShmLibraryName());
+    return initOn(info, sChosen);
+}
+
+int InitKeyShmWith(KeyShmInfo* info, const char* library) {
+    return initOn(info, library ? loadLibrary(library) : &sStandIn);
 }
 
 int GetKeyShm(KeyShmInfo* info, int index) {
     if (!usable(info, index)) return 0;
+    if (info->ops->get) return info->ops->get(info->library, index);
     return __atomic_load_n(&info->values[index], __ATOMIC_SEQ_CST);
 }
 
 int SetKeyShm(KeyShmInfo* info, int index, int value) {
     if (!usable(info, index)) return -1;
+    if (info->ops->set) return info->ops->set(info->library, index, value) == 0 ? 0 : -1;
     __atomic_store_n(&info->values[index], value, __ATOMIC_SEQ_CST);
     return 0;
 }
 
 int UninitKeyShm(KeyShmInfo* info) {
     if (!info) return -1;
+    if (info->ops && info->ops->uninit) info->ops->uninit(info->library);
     if (info->values) munmap(info->values, kShmBytes);
     if (info->fd >= 0) close(info->fd);
+    info->ops = nullptr;
     info->values = nullptr;
     info->fd = -1;
     return 0;

@@ -12,5 +12,5 @@ void disp2_ui_transparent(int enable);
 // written back exactly as the driver reported it.
 void disp2_ui_transparent_on(DispDevice& device, int enable);
 
-int LayerGetPara(DispDevice& device, disp_layer_config* cfg);
-int LayerSetPara(DispDevice& device, disp_layer_config* cfg);
+int LayerGetPara(DispDevice& device, disp_layer_record* record);
+int LayerSetPara(DispDevice& device, disp_layer_record* record);

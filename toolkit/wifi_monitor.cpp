@@ -3,19 +3,21 @@
 #include <ctype.h>
 #include <errno.h>
 #include <limits.h>
-#include <pthread.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/syscall.h>
-#include <time.h>
 #include <unistd.h>
 
-#include <atomic>
+#include <mutex>
 #include <string>
+#include <system_error>
+#include <thread>
 
+#include "platform/device_paths.h"
 #include "platform/fileutil.h"
 #include "platform/logger.h"
-#include "platform/device_paths.h"
+#include "platform/shell_line.h"
+#include "platform/stop_flag.h"
 #include "platform/sysutil.h"
 
 namespace {
@@ -48,7 +50,8 @@ const StateName kStates[] = {
 class SystemWpaShell : public WpaShell {
 public:
     bool supplicantRunning() override { return check_process_exist("wpa_supplicant") > 0; }
-    int run(const char* command) override { return system(command); }
+    // A hung wpa_cli is killed on a stop instead of holding up shutdown.
+    int run(const char* command, const StopFlag& stop) override { return runShellLine(command, &stop); }
 };
 
 SystemWpaShell sSystemShell;
@@ -56,17 +59,13 @@ SystemWpaShell sSystemShell;
 // The published record: written whole by the monitor, copied whole by
 // readers, both under sWpaLock.
 WpaMsg sWpaMsg;
-pthread_mutex_t sWpaLock = PTHREAD_MUTEX_INITIALIZER;
+std::mutex sWpaLock;
 
-// Set while the thread should run. Changed under sWakeLock so that a stop
-// never slips between the thread's check and its wait.
-std::atomic<bool> sRunning(false);
-pthread_mutex_t sWakeLock = PTHREAD_MUTEX_INITIALIZER;
-pthread_cond_t sWakeCond;  // monotonic clock; initialised by start, destroyed by stop
-
-// Main thread only (start and stop).
-pthread_t sThread;
-bool sThreadJoinable = false;
+// The monitor thread, owned by start and stop (one thread calls both): stop
+// sets sStop, which wakes the thread's sleep and ends its shell line, then
+// joins it.
+std::thread sThread;
+StopFlag sStop;
 
 struct MonitorConfig {
     WpaShell* shell;  // not owned
@@ -135,14 +134,18 @@ void decodeHexEscapes(char* text) {
 }
 
 // One poll into *out. 0 when both commands succeeded, -1 when one failed;
-// *out is set either way (zero where the output lacked a value).
-int pollOnce(WpaShell* shell, WpaMsg* out) {
+// *out is set either way (zero where the output lacked a value). Once `stop`
+// is set the rest of the poll is skipped: -1 and an all-zero record.
+int pollOnce(WpaShell* shell, const StopFlag& stop, WpaMsg* out) {
+    *out = WpaMsg{};
     const char* path = devicePath(DEVICE_PATH_WPA_STATUS);
     const std::string file = shellQuote(path);
     const std::string status = std::string(kWpaCli) + " status 2>/dev/null > " + file;
     const std::string signal = std::string(kWpaCli) + " signal_poll 2>/dev/null >> " + file;
-    const int statusRc = shell->run(status.c_str());
-    const int signalRc = shell->run(signal.c_str());
+    const int statusRc = shell->run(status.c_str(), stop);
+    if (stop.isSet()) return -1;
+    const int signalRc = shell->run(signal.c_str(), stop);
+    if (stop.isSet()) return -1;
     char text[4096] = {};
     fileToMem(path, text, sizeof text - 1);
     *out = parseWpaStatus(text);
@@ -150,9 +153,8 @@ int pollOnce(WpaShell* shell, WpaMsg* out) {
 }
 
 void publish(const WpaMsg& msg) {
-    pthread_mutex_lock(&sWpaLock);
+    std::lock_guard<std::mutex> hold(sWpaLock);
     sWpaMsg = msg;
-    pthread_mutex_unlock(&sWpaLock);
 }
 
 void logChange(int seen, int* lastSeen) {
@@ -166,40 +168,22 @@ void logChange(int seen, int* lastSeen) {
         tprintf("wifi monitor: wpa_state %d\n", seen);
 }
 
-// Sleeps one period unless stopped first; false when the thread should end.
-bool waitPeriod(int periodMs) {
-    struct timespec deadline;
-    clock_gettime(CLOCK_MONOTONIC, &deadline);
-    deadline.tv_sec += periodMs / 1000;
-    deadline.tv_nsec += (long)(periodMs % 1000) * 1000000L;
-    if (deadline.tv_nsec >= 1000000000L) {
-        deadline.tv_sec += 1;
-        deadline.tv_nsec -= 1000000000L;
-    }
-    pthread_mutex_lock(&sWakeLock);
-    int rc = 0;
-    while (sRunning && rc == 0) rc = pthread_cond_timedwait(&sWakeCond, &sWakeLock, &deadline);
-    const bool run = sRunning;
-    pthread_mutex_unlock(&sWakeLock);
-    return run;
-}
-
-void* thread_wifi_monitor(void* arg) {
-    const MonitorConfig* config = static_cast<const MonitorConfig*>(arg);
+void thread_wifi_monitor(const MonitorConfig* config) {
     const unsigned tid = (unsigned)syscall(SYS_gettid);
     tprintf("%s pid %u tid %u (0x%x)\n", "new thread_wifi_monitor:", (unsigned)getpid(), tid, tid);
     int lastSeen = SEEN_NOTHING;
     do {
         if (config->shell->supplicantRunning()) {
             WpaMsg msg;
-            const int rc = pollOnce(config->shell, &msg);
+            const int rc = pollOnce(config->shell, sStop, &msg);
+            // A poll cut short by the stop says nothing about the network.
+            if (sStop.isSet()) break;
             publish(msg);
             logChange(rc < 0 ? SEEN_CLI_FAILED : msg.state, &lastSeen);
         } else {
             logChange(SEEN_NO_SUPPLICANT, &lastSeen);
         }
-    } while (waitPeriod(config->periodMs));
-    return nullptr;
+    } while (!sStop.sleepFor(config->periodMs));
 }
 
 }  // namespace
@@ -229,54 +213,41 @@ WpaMsg parseWpaStatus(const char* text) {
 WpaShell* systemWpaShell() { return &sSystemShell; }
 
 WpaMsg rx_get_wpa_msg(WpaShell* shell) {
+    static const StopFlag sNeverStopped;
     WpaMsg msg;
-    pollOnce(shell ? shell : &sSystemShell, &msg);
+    pollOnce(shell ? shell : &sSystemShell, sNeverStopped, &msg);
     return msg;
 }
 
 WpaMsg rx_get_wpa_msg() { return rx_get_wpa_msg(&sSystemShell); }
 
 int wifi_monitor_start(WpaShell* shell, int periodMs) {
-    bool stopped = false;
-    if (sThreadJoinable || !sRunning.compare_exchange_strong(stopped, true)) {
+    if (sThread.joinable()) {
         tprintf("wifi monitor already started.\n");
         return -1;
     }
     publish(WpaMsg{});
     sConfig.shell = shell ? shell : &sSystemShell;
     sConfig.periodMs = periodMs < 0 ? 0 : periodMs;
-    pthread_condattr_t attr;
-    pthread_condattr_init(&attr);
-    pthread_condattr_setclock(&attr, CLOCK_MONOTONIC);
-    pthread_cond_init(&sWakeCond, &attr);
-    pthread_condattr_destroy(&attr);
-    const int err = pthread_create(&sThread, nullptr, thread_wifi_monitor, &sConfig);
-    if (err != 0) {
-        tprintf("create wifi monitor thread fail: %s\n", strerror(err));
-        sRunning = false;
-        pthread_cond_destroy(&sWakeCond);
+    sStop.reset();
+    try {
+        sThread = std::thread(thread_wifi_monitor, &sConfig);
+    } catch (const std::system_error& e) {
+        tprintf("create wifi monitor thread fail: %s\n", e.what());
         return -1;
     }
-    sThreadJoinable = true;
     return 0;
 }
 
 int rx_wifi_monitor_start() { return wifi_monitor_start(&sSystemShell, kPollPeriodMs); }
 
 void rx_wifi_monitor_stop() {
-    if (!sThreadJoinable) return;
-    pthread_mutex_lock(&sWakeLock);
-    sRunning = false;
-    pthread_cond_broadcast(&sWakeCond);
-    pthread_mutex_unlock(&sWakeLock);
-    pthread_join(sThread, nullptr);
-    sThreadJoinable = false;
-    pthread_cond_destroy(&sWakeCond);
+    if (!sThread.joinable()) return;
+    sStop.set();
+    sThread.join();
 }
 
 WpaMsg rx_copy_wpa_msg() {
-    pthread_mutex_lock(&sWpaLock);
-    const WpaMsg msg = sWpaMsg;
-    pthread_mutex_unlock(&sWpaLock);
-    return msg;
+    std::lock_guard<std::mutex> hold(sWpaLock);
+    return sWpaMsg;
 }

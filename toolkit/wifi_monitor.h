@@ -31,6 +31,8 @@ struct WpaMsg {
 // their field. `text` may be NULL (an all-zero record).
 WpaMsg parseWpaStatus(const char* text);
 
+class StopFlag;
+
 // How the monitor reaches the supplicant: the system's shell and process
 // table on the device, a stand-in in tests.
 class WpaShell {
@@ -38,16 +40,18 @@ public:
     virtual ~WpaShell() {}
     // True when a supplicant process runs, so that polling it makes sense.
     virtual bool supplicantRunning() = 0;
-    // Runs one shell command line; its status as system() reports it.
-    virtual int run(const char* command) = 0;
+    // Runs one shell command line; its status as system() reports it. Must
+    // return promptly once `stop` is set, ending the command if need be
+    // (then any non-zero status).
+    virtual int run(const char* command, const StopFlag& stop) = 0;
 };
 
-// The real one: system() and the process table. Never deleted.
+// The real one: the shell (runShellLine) and the process table. Never deleted.
 WpaShell* systemWpaShell();
 
-// One poll through `shell`: the two wpa_cli commands write the scratch file
-// (DEVICE_PATH_WPA_STATUS), which is then read and parsed. An unreadable
-// file gives an all-zero record.
+// One poll through `shell`, which nothing stops: the two wpa_cli commands
+// write the scratch file (DEVICE_PATH_WPA_STATUS), which is then read and
+// parsed. An unreadable file gives an all-zero record.
 WpaMsg rx_get_wpa_msg(WpaShell* shell);
 WpaMsg rx_get_wpa_msg();
 
@@ -60,8 +64,9 @@ int rx_wifi_monitor_start();
 // The same with another shell (not owned; it must outlive the monitor) and
 // poll period, for tests.
 int wifi_monitor_start(WpaShell* shell, int periodMs);
-// Wakes the thread and joins it; returns within one poll. Nothing happens
-// when no monitor runs.
+// Wakes the thread, ends a wpa_cli it is waiting for, and joins it: returns
+// within milliseconds however long wpa_cli would take. Nothing happens when
+// no monitor runs.
 void rx_wifi_monitor_stop();
 
 // The last record the monitor published (all zero before its first poll),

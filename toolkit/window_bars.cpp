@@ -37,6 +37,7 @@ struct BarStatus {
     bool supplicant;   // Wi-Fi client mode
     bool hostapd;      // hotspot mode
     bool btHeadphone;  // both Bluetooth markers exist
+    bool btAudio;      // the Bluetooth sound device is readable
 };
 
 BarStatus sStatus;
@@ -99,6 +100,7 @@ const BarStatus& barStatus() {
     sStatus.hostapd = !sStatus.supplicant && check_process_exist("hostapd") > 0;
     sStatus.btHeadphone = access(devicePath(DEVICE_PATH_BT_DEV_ADDR), F_OK) == 0 &&
                           access(devicePath(DEVICE_PATH_BT_READY), F_OK) == 0;
+    sStatus.btAudio = access(devicePath(DEVICE_PATH_BT_AUDIO), R_OK) == 0;
     sStatusValid = true;
     sStatusReadMs = now;
     return sStatus;
@@ -203,6 +205,14 @@ int KovaniWindow::drawNavBar(int y) {
     drawIconAt(x, y, sound ? "skin/ic-sound-n.png" : "skin/ic-sound-mute.png");
     used += BAR_SLOT_PITCH;
     x = kIconAnchorX - used;
+
+    // Sound goes to Bluetooth headphones: their icon sits beside the sound's.
+    if (status.btAudio) {
+        cleanSlot(x, y);
+        drawIconAt(x, y, "skin/icon-bluetooth-headphone.png");
+        used += BAR_SLOT_PITCH;
+        x = kIconAnchorX - used;
+    }
 
     const char* network = nullptr;
     if (status.supplicant) {

@@ -12,6 +12,8 @@
 #include <vector>
 
 #include "platform/device_paths.h"
+#include "platform/shell_line.h"
+#include "platform/stop_flag.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
 #include "platform/sysutil.h"
@@ -43,7 +45,7 @@ public:
         mChecks++;
         return mSupplicant;
     }
-    int run(const char* command) override {
+    int run(const char* command, const StopFlag&) override {
         const std::string cmd = command;
         const bool append = cmd.find(">> ") != std::string::npos;
         if (!append) mCurrent = mAnswers[mPolls % mAnswers.size()];
@@ -73,6 +75,25 @@ private:
 
     Answer mCurrent;  // the monitor thread's only
 };
+
+// A wpa_cli that hangs: every command is a shell line sleeping 10 s.
+class HungShell : public WpaShell {
+public:
+    bool supplicantRunning() override { return true; }
+    int run(const char*, const StopFlag& stop) override {
+        mRuns++;
+        return runShellLine("sleep 10", &stop);
+    }
+    std::atomic<int> mRuns{0};
+};
+
+// Stops the monitor; false when that took longer than a generous bound (a
+// failure guard, not a timing: a working stop takes milliseconds).
+bool stopsWithinSeconds(int seconds) {
+    const long before = systemms();
+    rx_wifi_monitor_stop();
+    return systemms() - before < seconds * 1000L;
+}
 
 class WifiMonitorTest : public ::testing::Test {
 protected:
@@ -123,8 +144,8 @@ TEST_F(WifiMonitorTest, SystemShellPollsWpaCli) {
 
 // The record stays as it was while the supplicant is gone; a failing
 // wpa_cli means not connected; each change is logged once. A second start
-// fails, stop is prompt.
-TEST_F(WifiMonitorTest, KeepsTheRecordWithoutSupplicantAndStopsPromptly) {
+// fails.
+TEST_F(WifiMonitorTest, KeepsTheRecordWithoutSupplicantAndLogsEachChangeOnce) {
     mShell.mAnswers = {{kConnectedStatus, kSignalPoll}};
     ASSERT_EQ(wifi_monitor_start(&mShell, 1), 0);
     EXPECT_EQ(wifi_monitor_start(&mShell, 1), -1);
@@ -139,16 +160,25 @@ TEST_F(WifiMonitorTest, KeepsTheRecordWithoutSupplicantAndStopsPromptly) {
     rx_wifi_monitor_stop();
     const std::string log = mQuiet.finish();
     EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), 5) << "the refused start and each change logged once, not per poll:\n" << log;
+}
+
+// Neither a hung wpa_cli nor a long sleep between polls holds up the stop,
+// which shutdown waits for before it saves the settings.
+TEST_F(WifiMonitorTest, StopEndsAHungWpaCliAndTheWaitBetweenPolls) {
+    HungShell hung;
+    ASSERT_EQ(wifi_monitor_start(&hung, 60000), 0);
+    for (int i = 0; i < 2000 && hung.mRuns == 0; i++) usleep(1000);
+    ASSERT_EQ(hung.mRuns, 1);
+    usleep(50 * 1000);  // let the shell get going
+    EXPECT_TRUE(stopsWithinSeconds(5)) << "stop waited for wpa_cli";
+    EXPECT_EQ(describe(rx_copy_wpa_msg()), kEmpty) << "a poll cut short is not published";
 
     // A period far longer than the test: only a wake-up can end the wait.
-    mShell.mExitStatus = 0;
-    const int polls = mShell.mPolls;
+    mShell.mAnswers = {{kConnectedStatus, kSignalPoll}};
     ASSERT_EQ(wifi_monitor_start(&mShell, 60000), 0);
-    // The first poll runs at once, maybe before this line.
-    ASSERT_TRUE(mShell.waitForPolls(polls + 1));
-    const long before = systemms();
-    rx_wifi_monitor_stop();
-    EXPECT_LT(systemms() - before, 1000);
+    ASSERT_TRUE(mShell.waitForPolls(1));
+    EXPECT_TRUE(stopsWithinSeconds(5)) << "stop waited for the period";
+    EXPECT_EQ(describe(rx_copy_wpa_msg()), kConnected);
 }
 
 // The monitor publishes two different networks in turn as fast as it can;

@@ -60,7 +60,7 @@ public:
 class FixedAnswerShell : public WpaShell {
 public:
     bool supplicantRunning() override { return true; }
-    int run(const char* command) override {
+    int run(const char* command, const StopFlag&) override {
         const std::string cmd = command;
         const bool append = cmd.find(">> ") != std::string::npos;
         FILE* f = fopen(cmd.substr(cmd.rfind(' ') + 1).c_str(), append ? "a" : "w");
@@ -160,24 +160,37 @@ protected:
 
 TEST_F(BarsTest, NavBarLaysIconsLeftwardsFromTheBatteryGroup) {
     BarWindow window;
-    // Without a network the headphone takes the slot after the sound; that
-    // slot is cleaned even when empty, the one beyond it is left alone.
-    const struct { bool headphone; int volume; const char* slots[2]; int used; } cases[] = {
-        {false, 10, {"clean", "junk"}, 141},
-        {true, 0, {"skin/icon-bluetooth-headphone.png", "junk"}, 183},
+    // Icons follow the sound icon on a 42-pixel pitch: Bluetooth audio, the
+    // hotspot, the Bluetooth headphone markers. The slot after the last one
+    // is cleaned even when empty, the one beyond it is left alone.
+    const char* const bt = "skin/icon-bluetooth-headphone.png";
+    const struct { bool audio, markers, hotspot; int volume; const char* slots[3]; int used; } cases[] = {
+        {false, false, false, 10, {"clean", "junk", "junk"}, 141},
+        {false, true, false, 0, {bt, "junk", "junk"}, 183},
+        {true, false, false, 10, {bt, "clean", "junk"}, 183},
+        {true, true, true, 10, {bt, "skin/icon-hotspot.png", bt}, 267},
     };
     for (const auto& c : cases) {
-        // The Bluetooth headphone needs both markers.
+        const std::string name = std::string(c.audio ? "audio" : "") + (c.markers ? " markers" : "") +
+                                 (c.hotspot ? " hotspot" : "");
+        // The Bluetooth headphone markers count only together.
         writeFileAtomic(mRoot.at(DEVICE_PATH_BT_DEV_ADDR), "12:34:56:78:9A:BC\n");
-        if (c.headphone) writeFileAtomic(mRoot.at(DEVICE_PATH_BT_READY), "");
+        if (c.markers)
+            writeFileAtomic(mRoot.at(DEVICE_PATH_BT_READY), "");
+        else
+            remove(mRoot.at(DEVICE_PATH_BT_READY).c_str());
+        if (c.audio)
+            writeFileAtomic(mRoot.at(DEVICE_PATH_BT_AUDIO), "");
+        else
+            remove(mRoot.at(DEVICE_PATH_BT_AUDIO).c_str());
+        std::unique_ptr<FakeProcess> hostapd(c.hotspot ? new FakeProcess("hostapd") : nullptr);
         SetKeyShm(&gShmInfo, MONITOR_VOLUME, c.volume);
         invalidateBarStatus();
         clear(kJunk.r, kJunk.g, kJunk.b);
-        EXPECT_EQ(window.drawNavBar(30), c.used) << c.headphone;
+        EXPECT_EQ(window.drawNavBar(30), c.used) << name;
         EXPECT_EQ(iconAt(1223, 30), "skin/ic-batery-75%.png");
         EXPECT_EQ(iconAt(1124, 30), c.volume ? "skin/ic-sound-n.png" : "skin/ic-sound-mute.png");
-        EXPECT_EQ(iconAt(1082, 30), c.slots[0]) << c.headphone;
-        EXPECT_EQ(iconAt(1040, 30), c.slots[1]) << c.headphone;
+        for (int i = 0; i < 3; i++) EXPECT_EQ(iconAt(1082 - 42 * i, 30), c.slots[i]) << name << " slot " << i;
         EXPECT_GT(inkBounds(kJunk, {100, 40, 400, 50}).w, 0) << "title drawn";
     }
 }
