@@ -270,21 +270,22 @@ namespace {
 // What the top bar's icons depend on, in a form that compares whole.
 struct BarLook {
     int capacity;
-    bool charging, supplicant, hostapd, btHeadphone, sound;
+    bool charging, supplicant, hostapd, btHeadphone, btAudio, sound;
     const char* network;  // the Wi-Fi icon's name, or null
     bool operator!=(const BarLook& o) const {
         return capacity != o.capacity || charging != o.charging || supplicant != o.supplicant ||
-               hostapd != o.hostapd || btHeadphone != o.btHeadphone || sound != o.sound ||
-               network != o.network;
+               hostapd != o.hostapd || btHeadphone != o.btHeadphone || btAudio != o.btAudio ||
+               sound != o.sound || network != o.network;
     }
 };
 
-BarLook sDrawnLook = {-1, false, false, false, false, false, nullptr};
+BarLook sDrawnLook = {-1, false, false, false, false, false, false, nullptr};
 
 BarLook currentLook() {
     const BarStatus& status = barStatus();
-    BarLook look = {status.capacity, status.charging, status.supplicant, status.hostapd,
-                    status.btHeadphone, GetKeyShm(&gShmInfo, MONITOR_VOLUME) > 0, nullptr};
+    BarLook look = {status.capacity,    status.charging, status.supplicant,
+                    status.hostapd,     status.btHeadphone, status.btAudio,
+                    GetKeyShm(&gShmInfo, MONITOR_VOLUME) > 0, nullptr};
     if (status.supplicant) {
         const WpaMsg wifi = rx_copy_wpa_msg();
         if (wifi.state == WPA_STATE_COMPLETED) look.network = wifiIcon(wifi.rssi);

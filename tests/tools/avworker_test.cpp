@@ -79,7 +79,7 @@ protected:
     }
     void TearDown() override {
         (void)system("killall -q avworker");
-        EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 3000));
+        EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 10000));
     }
 
     // A number from the status file the decoder wrote last; -1 when missing.
@@ -116,11 +116,11 @@ TEST_F(AvworkerTest, PlaysHoldsWhilePausedAndStepsTenSecondsPerCommand) {
     player.setUrl(clip.c_str());
     ASSERT_EQ(player.prepare(), 0);
     ASSERT_EQ(player.play(), 0);
-    ASSERT_TRUE(waitFor([&] { return player.getPositionMS() > 0; }, 5000));
+    ASSERT_TRUE(waitFor([&] { return player.getPositionMS() > 0; }, 10000));
     EXPECT_NEAR(player.getDurationMS(), 25000, 100);
 
     player.pause();
-    ASSERT_TRUE(waitFor([&] { return statusWord() == "paused"; }, 3000)) << statusText();
+    ASSERT_TRUE(waitFor([&] { return statusWord() == "paused"; }, 10000)) << statusText();
     const int held = statusNumber("position");
     sleep(1);
     EXPECT_NEAR(statusNumber("position"), held, 100);
@@ -128,11 +128,11 @@ TEST_F(AvworkerTest, PlaysHoldsWhilePausedAndStepsTenSecondsPerCommand) {
     // The same command twice in a row acts twice.
     player.fastForward();
     player.fastForward();
-    ASSERT_TRUE(waitFor([&] { return statusNumber("position") >= held + 19000; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return statusNumber("position") >= held + 19000; }, 10000));
     EXPECT_NEAR(statusNumber("position"), held + 20000, 100);
 
     player.fastBackward();
-    ASSERT_TRUE(waitFor([&] { return statusNumber("position") <= held + 11000; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return statusNumber("position") <= held + 11000; }, 10000));
     EXPECT_NEAR(statusNumber("position"), held + 10000, 100);
     EXPECT_EQ(statusWord(), "paused") << "stepping keeps the pause";
 }
@@ -143,19 +143,19 @@ TEST_F(AvworkerTest, ReportsPictureSizeAudioStreamsTrackAndVolume) {
     KovaniPlayer player(nullptr);
     player.setUrl(clip.c_str());
     ASSERT_EQ(player.prepare(), 0);
-    ASSERT_TRUE(waitFor([&] { return player.getAudioTrackNum() == 2; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return player.getAudioTrackNum() == 2; }, 10000));
     EXPECT_EQ(player.getVideoWidth(), 320);
     EXPECT_EQ(player.getVideoHeight(), 240);
     EXPECT_EQ(player.getAudioTrack(), 0) << "tracks are counted from 0";
 
     player.switchAudio(1);
-    ASSERT_TRUE(waitFor([&] { return player.getAudioTrack() == 1; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return player.getAudioTrack() == 1; }, 10000));
 
     // A track the file lacks is refused; the later volume command shows that
     // the decoder has handled it by then.
     player.switchAudio(2);
     player.setVolume(40);
-    ASSERT_TRUE(waitFor([&] { return player.getVolume() == 40; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return player.getVolume() == 40; }, 10000));
     EXPECT_EQ(player.getAudioTrack(), 1);
 }
 
@@ -173,7 +173,7 @@ TEST_F(AvworkerTest, FinishedFileReportsCompletedAndDecoderRunsUntilStopped) {
     EXPECT_GT(check_process_exist("avworker"), 0) << "the decoder waits to be killed";
 
     player.stop();
-    EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 3000));
+    EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 10000));
     EXPECT_EQ(handler.mCompletions, 1);
     EXPECT_EQ(statusWord(), "completed") << "the last status stays for the watcher";
 }
@@ -185,7 +185,7 @@ TEST_F(AvworkerTest, UnplayableFileReportsErrorNotCompleted) {
     player.setUrl(broken.c_str());
     ASSERT_EQ(player.prepare(), 0);
     player.play();
-    ASSERT_TRUE(waitFor([&] { return statusWord() == "error"; }, 3000));
+    ASSERT_TRUE(waitFor([&] { return statusWord() == "error"; }, 10000));
     EXPECT_FALSE(player.isComplete());
     EXPECT_GT(check_process_exist("avworker"), 0);
 }
