@@ -59,13 +59,11 @@ TEST_F(PlayerSettingsTest, SaveReplacesTheWholeFileAndLoadsBack) {
     writeFileAtomic(file(), std::string(4000, ' ') + "{\"old\": true}");
     gPlayerAspectRatio = RATIO4_3;
     gPlayerRotation = VIDEO_ROTATE_DEGREE_270;
-    gPlayerSpeed = VIDEO_SPEED_1;
+    gPlayerSpeed = VIDEO_SPEED_FAST_FORWARD_2;
     gSavedDir = "/mnt/SDCARD/Mes films \"2024\"";
     gAudioTrack = 2;
     savePlayerConfig();
-    EXPECT_EQ(readFile(file()),
-              "{\n\t\"ratio\":\t1,\n\t\"rotation\":\t3,\n\t\"speed\":\t4,\n"
-              "\t\"dir\":\t\"/mnt/SDCARD/Mes films \\\"2024\\\"\",\n\t\"audiotrack\":\t2\n}");
+    EXPECT_EQ(readFile(file()).find("old"), std::string::npos) << "nothing of the old file is left";
     EXPECT_FALSE(fileExists(file() + ".tmp")) << "written beside and renamed over";
 
     reset();
@@ -73,6 +71,7 @@ TEST_F(PlayerSettingsTest, SaveReplacesTheWholeFileAndLoadsBack) {
     EXPECT_EQ(loadPlayerConfig(), 0);
     EXPECT_EQ(gPlayerAspectRatio, RATIO4_3);
     EXPECT_EQ(gPlayerRotation, VIDEO_ROTATE_DEGREE_270);
+    EXPECT_EQ(gPlayerSpeed, VIDEO_SPEED_FAST_FORWARD_2);
     EXPECT_EQ(gSavedDir, "/mnt/SDCARD/Mes films \"2024\"");
     EXPECT_EQ(gAudioTrack, 2);
 }
