@@ -28,6 +28,7 @@ const char* const kDevicePaths[DEVICE_PATH_COUNT] = {
     "/tmp/bluetooth_ready",
     "/sys/devices/virtual/disp/disp/attr/",
     "/dev/dsp1",
+    "/dev/shm/kovani_video_plane",
 };
 
 struct PathTable {

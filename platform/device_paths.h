@@ -23,6 +23,7 @@ enum DevicePathId {
     DEVICE_PATH_BT_READY,
     DEVICE_PATH_DISP_ATTR_DIR,   // display colour attributes (sysfs)
     DEVICE_PATH_BT_AUDIO,        // sound device of Bluetooth audio, readable while it is on
+    DEVICE_PATH_VIDEO_PLANE,     // desktop builds: the decoder's picture, in shared memory
     DEVICE_PATH_COUNT
 };
 

@@ -2,9 +2,12 @@
 
 #include <stdio.h>
 
-#include "platform/logger.h"
 #include "lru_cache.h"
+#include "platform/logger.h"
 #include "text.h"
+#if KOVANI_VIDEO_PLANE
+#include "platform/plane_compositor.h"
+#endif
 
 SDL_Renderer* gRenderer = nullptr;
 
@@ -15,6 +18,9 @@ SDL_Texture* sRotatedTexture = nullptr;
 SDL_Texture* sTargetTexture = nullptr;
 int sWidth = 0;
 int sHeight = 0;
+#if KOVANI_VIDEO_PLANE
+PlaneCompositor* sCompositor = nullptr;  // owned; between ScreenInit and ScreenUninit
+#endif
 }  // namespace
 
 int ScreenInit(int width, int height, int bpp, int rotate) {
@@ -36,11 +42,28 @@ int ScreenInit(int width, int height, int bpp, int rotate) {
     }
     sWidth = winW;
     sHeight = winH;
+#if KOVANI_VIDEO_PLANE
+    // The decoder's picture lies beneath the interface, as on the device.
+    // Without it (no plane texture) the interface still draws, only alone.
+    if (gRenderer && !rotate) {
+        sCompositor = new PlaneCompositor(gRenderer);
+        if (sCompositor->open(width, height) != 0) {
+            delete sCompositor;
+            sCompositor = nullptr;
+        }
+    }
+#endif
     tprintf("window=%p, renderer=%p\n", (void*)sWindow, (void*)gRenderer);
     return sWindow && gRenderer;
 }
 
 int ScreenUpdateAndFlip() {
+#if KOVANI_VIDEO_PLANE
+    if (sCompositor) {
+        sCompositor->present();
+        return 0;
+    }
+#endif
     if (sRotate && sRotatedTexture) {
         int w = 0, h = 0;
         SDL_QueryTexture(sRotatedTexture, nullptr, nullptr, &w, &h);
@@ -55,6 +78,10 @@ int ScreenUninit() {
     // Cached text and icons are textures of this renderer: they go with it.
     gTextSurfaceCache.clear();
     gIconCache.clear();
+#if KOVANI_VIDEO_PLANE
+    delete sCompositor;
+    sCompositor = nullptr;
+#endif
     if (sRotatedTexture) SDL_DestroyTexture(sRotatedTexture);
     if (gRenderer) SDL_DestroyRenderer(gRenderer);
     if (sWindow) SDL_DestroyWindow(sWindow);
@@ -70,3 +97,17 @@ int ScreenWidth() { return sWidth; }
 int ScreenHeight() { return sHeight; }
 
 SDL_Texture* ScreenTargetTexture() { return sTargetTexture; }
+
+bool ScreenVideoChanged() {
+#if KOVANI_VIDEO_PLANE
+    if (sCompositor) return sCompositor->videoChanged();
+#endif
+    return false;
+}
+
+long ScreenNextVideoLookMs() {
+#if KOVANI_VIDEO_PLANE
+    if (sCompositor) return sCompositor->nextLookMs();
+#endif
+    return -1;
+}

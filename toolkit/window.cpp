@@ -184,6 +184,10 @@ void runWindows(std::vector<KovaniWindow*>& list) {
             noteBarsDrawn();
             lastDraw = now;
             dirty = false;
+        } else if (ScreenVideoChanged()) {
+            // A new picture beneath an unchanged interface: the frame is
+            // composed again, nothing is redrawn.
+            ScreenUpdateAndFlip();
         }
         // A new popup is drawn at once, in a frame of its own.
         if (pushPendingPopup(list)) {
@@ -205,6 +209,8 @@ void runWindows(std::vector<KovaniWindow*>& list) {
         if (dirty) wait = SDL_max(0L, lastDraw + interval - now);
         const long due = list.back()->nextRedrawMs();
         if (due >= 0) wait = SDL_min(wait, SDL_max(0L, due - now));
+        const long look = ScreenNextVideoLookMs();
+        if (look >= 0) wait = SDL_min(wait, look);
         sClock->waitEventMs(wait);
     }
     freeAll(list, quitCode);

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # A scripted session of the player for machines without a display: run under
 # xvfb-run, it browses, plays, pauses, goes fullscreen, opens the settings and
-# quits, leaving numbered screenshots in OUT.
+# quits, leaving numbered screenshots in OUT. The real decoder plays; its
+# picture is composited beneath the interface as on the device.
 #   demo_session.sh APP_DIR LIBRARY OUT
 set -uo pipefail
 APP=$1
@@ -42,6 +43,8 @@ PAUSE=1 press Return         # Start: resume
 PAUSE=2 press 105            # Select (Right Ctrl): fullscreen
 press Right                  # a step forward shows the panel
 shot fullscreen
+sleep 2                      # the panel hides: the picture alone
+shot fullscreen-picture
 PAUSE=1.5 press Control_L    # B: back to the window
 press Escape                 # Menu: settings
 press Down

@@ -196,8 +196,58 @@ terminate_while_playing() {
     decoder_running && fail "decoder left running"
 }
 
+# clip_share SHOT X Y W H: "share-inside count-outside" of the clip's colours.
+clip_share() { /usr/bin/python3 "$(dirname "$0")/clip_colours.py" "$SHOTS/$1.png" "$2" "$3" "$4" "$5"; }
+at_least() { awk -v a="$1" -v b="$2" 'BEGIN { exit !(a >= b) }'; }
+
+# The real decoder on a clip of known colours (magenta left, blue right): its
+# picture shows through the interface only where the interface is
+# transparent, as the device's display engine composites it.
+video_plane() {
+    setup_device
+    rm -f "$VIDS"/*.mp4
+    ffmpeg -loglevel error -y -f lavfi -i "color=c=0xFF00FF:size=320x360:rate=30" \
+        -f lavfi -i "color=c=0x0000FF:size=320x360:rate=30" -filter_complex hstack -t 30 \
+        -c:v libx264 -preset ultrafast -pix_fmt yuv420p "$VIDS/pattern.mp4" || fail "ffmpeg"
+    DECODER=$APP
+    start_player -d "$VIDS"
+    # Entries: sub, pattern.mp4.
+    press Down
+    press space
+    wait_for 15 "the decoder to play" grep -q '"playing"' "$STATUS"
+    sleep 1.5
+    shot plane-1-windowed
+    read -r share outside < <(clip_share plane-1-windowed 650 85 610 360)
+    # A 16:9 picture fitted into 610 x 360 leaves thin black bars.
+    at_least "$share" 0.85 || fail "the picture does not fill the video rectangle: $share"
+    [ "$outside" -eq 0 ] || fail "$outside pixels of the picture outside the video rectangle"
+
+    press Escape
+    sleep 0.5
+    shot plane-2-settings
+    read -r share outside < <(clip_share plane-2-settings 0 0 1280 720)
+    [ "$share" = "0.000" ] || fail "the picture shows through the settings popup: $share"
+    press Control_L
+
+    press "$SELECT"
+    wait_for 5 "fullscreen" cmd_is "win 0 0 1280 720"
+    # The panel hides by itself after a while; then the picture is all.
+    sleep 2.5
+    shot plane-3-fullscreen
+    read -r share outside < <(clip_share plane-3-fullscreen 0 0 1280 720)
+    at_least "$share" 0.97 || fail "the picture does not fill the screen: $share"
+    press Control_L
+    wait_for 5 "windowed again" cmd_is "win 650 85 610 360"
+
+    press Control_L
+    press space
+    expect_exit_zero
+    decoder_running && fail "decoder left running"
+    expect_log "removed"
+}
+
 case "$SCENARIO" in
-    keys_and_settings | swapped_confirm | terminate_while_playing) "$SCENARIO" ;;
+    keys_and_settings | swapped_confirm | terminate_while_playing | video_plane) "$SCENARIO" ;;
     *) fail "unknown scenario" ;;
 esac
 killall -q avworker

@@ -8,10 +8,13 @@
 #include <vector>
 
 #include "platform/sysutil.h"
+#include "platform/video_plane.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/sdl_screen.h"
+#include "tests/support/temp_dir.h"
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
+#include "toolkit/screen.h"
 
 namespace {
 
@@ -233,6 +236,34 @@ TEST_F(RunWindowsTest, EventsAreHandledAtOnceAndDrawingKeepsThePace) {
     for (size_t i = 1; i < handledAt.size(); i++) EXPECT_LE(handledAt[i] - handledAt[i - 1], 10) << i;
     for (size_t i = 1; i < mDrawTimes.size(); i++) EXPECT_GE(mDrawTimes[i] - mDrawTimes[i - 1], 33) << i;
     EXPECT_GE(mDrawTimes.size(), 5u) << "but it does draw";
+}
+
+// Pictures of a playing video arrive beneath an unchanged window: the loop
+// looks at the video plane often and presents them without drawing the
+// window again.
+TEST_F(RunWindowsTest, VideoFramesArePresentedWithoutRedrawingTheWindow) {
+#if !KOVANI_VIDEO_PLANE
+    GTEST_SKIP() << "the device's hardware shows the video";
+#endif
+    TempDeviceRoot root;
+    VideoPlaneWriter decoder;
+    ASSERT_EQ(decoder.create(), 0);
+    auto frame = [&] {
+        size_t stride = 0;
+        ASSERT_NE(decoder.beginFrame(VideoRect{650, 85, 610, 360}, &stride), nullptr);
+        decoder.endFrame();
+    };
+    frame();
+    ScriptWindow* w = add("w", [](ScriptWindow&, int code) { return code == KEY_X ? (int)WINDOW_QUIT : 0; });
+    w->mDrawnAt = &mDrawTimes;
+    mClock.mOnWait = [&](size_t waits) {
+        if (waits < 20) frame();
+        if (waits == 20) push(SDL_USEREVENT, KEY_X);
+    };
+    run();
+    EXPECT_EQ(mDrawTimes.size(), 1u) << "only the first frame draws the window";
+    EXPECT_LE(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), 5) << "frames come: short waits";
+    EXPECT_FALSE(ScreenVideoChanged()) << "every picture was presented";
 }
 
 TEST_F(RunWindowsTest, SdlQuitEndsTheLoop) {

@@ -1,14 +1,19 @@
 #include <cjson/cJSON.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <string.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <functional>
 #include <string>
+#include <vector>
 
 #include "decoder_command.h"
 #include "platform/device_paths.h"
+#include "platform/video_plane.h"
 #include "player/kovani_player.h"
 #include "tests/support/temp_dir.h"
 #include "platform/sysutil.h"
@@ -188,6 +193,78 @@ TEST_F(AvworkerTest, UnplayableFileReportsErrorNotCompleted) {
     ASSERT_TRUE(waitFor([&] { return statusWord() == "error"; }, 10000));
     EXPECT_FALSE(player.isComplete());
     EXPECT_GT(check_process_exist("avworker"), 0);
+}
+
+namespace {
+
+// Keeps the pixels of the newest frame the decoder drew into the plane.
+class FrameCopy : public VideoPlaneReader::Sink {
+public:
+    void onFrame(const VideoRect& rect, const uint8_t* pixels, size_t stride) override {
+        mRect = rect;
+        mStride = stride;
+        mPixels.assign(pixels, pixels + stride * rect.h);
+    }
+    // Red, green, blue of (x, y) inside the frame's rectangle.
+    uint32_t rgb(int x, int y) const {
+        uint32_t p;
+        memcpy(&p, &mPixels[y * mStride + x * 4], 4);
+        return p & 0xFFFFFF;
+    }
+    VideoRect mRect = {0, 0, 0, 0};
+    size_t mStride = 0;
+    std::vector<uint8_t> mPixels;
+};
+
+bool near(uint32_t got, uint32_t want) {
+    for (int shift = 0; shift < 24; shift += 8)
+        if (abs((int)((got >> shift) & 0xFF) - (int)((want >> shift) & 0xFF)) > 12) return false;
+    return true;
+}
+
+}  // namespace
+
+// The picture goes into the video plane at the rectangle of the last "win",
+// fitted with black bars; it follows the rectangle while paused and goes
+// with the decoder.
+TEST_F(AvworkerTest, DrawsIntoTheVideoPlaneAtTheWindowRectangle) {
+    const std::string clip = mRoot.path() + "/magenta.mp4";
+    const std::string line = "ffmpeg -loglevel error -y -f lavfi -i color=c=0xFF00FF:size=320x240:rate=25 -t 20 "
+                             "-c:v libx264 -preset ultrafast -pix_fmt yuv420p '" + clip + "'";
+    ASSERT_EQ(system(line.c_str()), 0) << line;
+    KovaniPlayer player(nullptr);
+    player.setUrl(clip.c_str());
+    ASSERT_EQ(player.prepare(), 0);
+    player.setDisplayRect(100, 100, 320, 180);
+    ASSERT_EQ(player.play(), 0);
+
+    VideoPlaneReader plane;
+    FrameCopy frame;
+    ASSERT_TRUE(waitFor([&] { return plane.poll(&frame, videoPlaneClockMs()) && frame.mRect.w > 0; }, 10000));
+    EXPECT_EQ(frame.mRect.x, 100);
+    EXPECT_EQ(frame.mRect.w, 320);
+    EXPECT_EQ(frame.mRect.h, 180);
+    // A 4:3 picture in a 16:9 rectangle: 240 wide in the middle.
+    EXPECT_TRUE(near(frame.rgb(160, 90), 0xFF00FF)) << std::hex << frame.rgb(160, 90);
+    EXPECT_TRUE(near(frame.rgb(10, 90), 0x000000)) << std::hex << frame.rgb(10, 90);
+    EXPECT_TRUE(near(frame.rgb(310, 90), 0x000000)) << std::hex << frame.rgb(310, 90);
+
+    player.pause();
+    player.setDisplayRect(0, 0, 1280, 720);
+    ASSERT_TRUE(waitFor([&] { return plane.poll(&frame, videoPlaneClockMs()) && frame.mRect.w == 1280; }, 10000));
+    EXPECT_TRUE(near(frame.rgb(640, 360), 0xFF00FF));
+    EXPECT_TRUE(near(frame.rgb(100, 360), 0x000000)) << "fitted, not stretched";
+
+    player.stop();
+    ASSERT_TRUE(player.waitIdle(10000));
+    EXPECT_TRUE(waitFor([&] { return plane.poll(&frame, videoPlaneClockMs()) || !plane.attached(); }, 10000));
+    EXPECT_EQ(plane.rect().w, 0) << "a stopped decoder leaves no picture";
+    EXPECT_TRUE(waitFor([] {
+        const int fd = shm_open(videoPlaneName().c_str(), O_RDONLY, 0);
+        if (fd >= 0) close(fd);
+        return fd < 0;
+    }, 10000))
+        << "the decoder removes its plane";
 }
 
 TEST(DecoderCommandParser, AcceptsExactlyTheCommandLinesThePlayerWrites) {

@@ -1,6 +1,8 @@
 // avworker: the decoder process for desktop builds. The player starts it with
 // the file to play, writes commands into the command file and reads the
-// status and information files twice a second; SIGTERM (killall) ends it.
+// status and information files twice a second; the picture goes into the
+// shared video plane, which the player shows beneath its interface. SIGTERM
+// (killall) ends it, and the plane goes with it.
 #include <errno.h>
 #include <fcntl.h>
 #include <poll.h>
@@ -66,6 +68,8 @@ void runCommandFile(MpvDecoder* decoder) {
     decoder->apply(command);
 }
 
+// Sound goes to the default output only on a desktop session; tests and
+// headless machines play silently.
 bool hasDisplay() {
     const char* x11 = getenv("DISPLAY");
     const char* wayland = getenv("WAYLAND_DISPLAY");
@@ -107,12 +111,12 @@ int main(int argc, char* argv[]) {
     // Replaces whatever an earlier decoder left, such as its "completed".
     decoder.writeReports();
 
-    struct pollfd fds[2] = {{signals, POLLIN, 0}, {watch.fd(), POLLIN, 0}};
+    struct pollfd fds[3] = {{signals, POLLIN, 0}, {watch.fd(), POLLIN, 0}, {decoder.renderFd(), POLLIN, 0}};
     long long nextReport = nowMs() + kReportPeriodMs;
     while (true) {
         const long long wait = nextReport - nowMs();
-        fds[0].revents = fds[1].revents = 0;
-        if (poll(fds, 2, wait > 0 ? (int)wait : 0) < 0 && errno != EINTR) {
+        fds[0].revents = fds[1].revents = fds[2].revents = 0;
+        if (poll(fds, 3, wait > 0 ? (int)wait : 0) < 0 && errno != EINTR) {
             tprintf("avworker: poll failed: %s\n", strerror(errno));
             break;
         }
@@ -128,6 +132,7 @@ int main(int argc, char* argv[]) {
             if (writes < 0) fds[1].fd = -1;
             for (int i = 0; i < writes; i++) runCommandFile(&decoder);
         }
+        if (fds[2].revents) decoder.drawPending();
         if (!decoder.handleEvents()) {
             tprintf("avworker: mpv shut down\n");
             break;

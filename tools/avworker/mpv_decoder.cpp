@@ -1,15 +1,19 @@
 #include "mpv_decoder.h"
 
 #include <cjson/cJSON.h>
+#include <errno.h>
 #include <math.h>
 #include <mpv/client.h>
+#include <mpv/render.h>
 #include <stdio.h>
 #include <string.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <string>
 
 #include "decoder_command.h"
-#include "host_window.h"
 #include "platform/device_paths.h"
 #include "platform/logger.h"
 
@@ -57,51 +61,52 @@ int writeJsonAtomic(const char* path, cJSON* doc) {
 }  // namespace
 
 MpvDecoder::MpvDecoder()
-    : mMpv(nullptr), mHost(nullptr), mWindow(false), mLoadFailed(false), mReportFailing(false) {}
+    : mMpv(nullptr),
+      mRender(nullptr),
+      mRenderFd(-1),
+      mRect{0, 0, 0, 0},
+      mLoadFailed(false),
+      mReportFailing(false),
+      mDrawFailing(false) {}
 
 MpvDecoder::~MpvDecoder() {
-    // mpv draws into the host window, so it goes first.
+    // A stopped decoder leaves no picture behind.
+    mPlane.clear();
+    mPlane.remove();
+    // The render context must go before the core it belongs to.
+    if (mRender) mpv_render_context_free(mRender);
     if (mMpv) mpv_terminate_destroy(mMpv);
-    delete mHost;
+    if (mRenderFd >= 0) close(mRenderFd);
 }
 
-int MpvDecoder::open(const char* file, bool window) {
-    mWindow = window;
+void MpvDecoder::onRenderUpdate(void* self) {
+    // On one of mpv's threads, which must not call back into mpv: only
+    // wake the main loop.
+    const uint64_t one = 1;
+    if (write(static_cast<MpvDecoder*>(self)->mRenderFd, &one, sizeof one) < 0) {
+        // Full counter: a wake-up is pending anyway.
+    }
+}
+
+int MpvDecoder::open(const char* file, bool sound) {
     mMpv = mpv_create();
     if (!mMpv) {
         tprintf("avworker: mpv_create failed\n");
         return -1;
     }
     // The player sends "play" right after it has started the decoder and
-    // placed its window, so the file waits paused until then.
+    // placed its picture, so the file waits paused until then.
     mpv_set_option_string(mMpv, "pause", "yes");
     // At the end the file stays loaded: position and duration stay readable,
     // "completed" can be reported, and the process runs on until it is killed.
     mpv_set_option_string(mMpv, "keep-open", "yes");
-    if (window) {
-        mHost = new HostWindow();
-        if (mHost->open() == 0) {
-            int64_t wid = mHost->id();
-            mpv_set_option(mMpv, "wid", MPV_FORMAT_INT64, &wid);
-        } else {
-            // No X display (a Wayland-only desktop): mpv's own window, which
-            // follows the size of "win" but stays where it opened.
-            delete mHost;
-            mHost = nullptr;
-            mpv_set_option_string(mMpv, "border", "no");
-            mpv_set_option_string(mMpv, "ontop", "yes");
-            mpv_set_option_string(mMpv, "title", "avworker");
-        }
-        mpv_set_option_string(mMpv, "vo", "gpu,x11,");
-    } else {
-        mpv_set_option_string(mMpv, "vo", "null");
-        mpv_set_option_string(mMpv, "ao", "null");
-    }
+    // The picture goes through the render API into the video plane; no
+    // window of our own.
+    mpv_set_option_string(mMpv, "vo", "libmpv");
+    if (!sound) mpv_set_option_string(mMpv, "ao", "null");
     // Keys and mouse belong to the player; the picture only shows.
     mpv_set_option_string(mMpv, "osc", "no");
     mpv_set_option_string(mMpv, "input-default-bindings", "no");
-    mpv_set_option_string(mMpv, "input-vo-keyboard", "no");
-    mpv_set_option_string(mMpv, "input-cursor", "no");
     mpv_set_option_string(mMpv, "osd-level", "0");
     // Errors only: warnings can come once per frame.
     mpv_request_log_messages(mMpv, "error");
@@ -110,6 +115,24 @@ int MpvDecoder::open(const char* file, bool window) {
         tprintf("avworker: mpv_initialize failed: %s\n", mpv_error_string(err));
         return -1;
     }
+    mRenderFd = eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
+    if (mRenderFd < 0) {
+        tprintf("avworker: eventfd failed: %s\n", strerror(errno));
+        return -1;
+    }
+    mpv_render_param params[] = {
+        {MPV_RENDER_PARAM_API_TYPE, const_cast<char*>(MPV_RENDER_API_TYPE_SW)},
+        {MPV_RENDER_PARAM_INVALID, nullptr},
+    };
+    err = mpv_render_context_create(&mRender, mMpv, params);
+    if (err < 0) {
+        tprintf("avworker: mpv_render_context_create failed: %s\n", mpv_error_string(err));
+        mRender = nullptr;
+        return -1;
+    }
+    mpv_render_context_set_update_callback(mRender, onRenderUpdate, this);
+    // Without a plane the file still plays and reports; only nothing shows.
+    mPlane.create();
     const char* load[] = {"loadfile", file, nullptr};
     err = mpv_command(mMpv, load);
     if (err < 0) {
@@ -117,6 +140,45 @@ int MpvDecoder::open(const char* file, bool window) {
         mLoadFailed = true;
     }
     return 0;
+}
+
+void MpvDecoder::draw() {
+    // Before the first "win" the picture has nowhere to go yet, but mpv
+    // still wants each frame taken.
+    static uint8_t scratch[16 * 16 * 4] __attribute__((aligned(64)));
+    int size[2] = {16, 16};
+    size_t stride = 16 * 4;
+    uint8_t* pixels = scratch;
+    if (mRect.w > 0) {
+        pixels = mPlane.beginFrame(mRect, &stride);
+        if (pixels) {
+            size[0] = mRect.w;
+            size[1] = mRect.h;
+        } else {
+            pixels = scratch;
+        }
+    }
+    // Blue, green, red, unused: the plane's byte order.
+    char format[] = "bgr0";
+    mpv_render_param params[] = {
+        {MPV_RENDER_PARAM_SW_SIZE, size},
+        {MPV_RENDER_PARAM_SW_FORMAT, format},
+        {MPV_RENDER_PARAM_SW_STRIDE, &stride},
+        {MPV_RENDER_PARAM_SW_POINTER, pixels},
+        {MPV_RENDER_PARAM_INVALID, nullptr},
+    };
+    const int err = mpv_render_context_render(mRender, params);
+    if (err < 0 && !mDrawFailing) tprintf("avworker: render failed: %s\n", mpv_error_string(err));
+    mDrawFailing = err < 0;
+    if (pixels != scratch) mPlane.endFrame();
+}
+
+void MpvDecoder::drawPending() {
+    uint64_t count = 0;
+    if (read(mRenderFd, &count, sizeof count) < 0) {
+        // Nothing pending: a wake-up already taken.
+    }
+    if (mRender && (mpv_render_context_update(mRender) & MPV_RENDER_UPDATE_FRAME)) draw();
 }
 
 void MpvDecoder::apply(const DecoderCommand& command) {
@@ -151,17 +213,23 @@ void MpvDecoder::apply(const DecoderCommand& command) {
             break;
         }
         case DECODER_COMMAND_WINDOW: {
-            // Without a window there is nothing to place.
-            if (!mWindow) return;
-            if (mHost) {
-                mHost->place(command.args[0], command.args[1], command.args[2], command.args[3]);
+            // The parser keeps w and h positive; the rest is clipped to the
+            // plane, so a rectangle reaching past the screen shows its part.
+            const int x0 = command.args[0] < 0 ? 0 : command.args[0];
+            const int y0 = command.args[1] < 0 ? 0 : command.args[1];
+            const long x1 = std::min((long)command.args[0] + command.args[2], (long)kVideoPlaneWidth);
+            const long y1 = std::min((long)command.args[1] + command.args[3], (long)kVideoPlaneHeight);
+            if (x1 <= x0 || y1 <= y0) {
+                tprintf("avworker: window %d %d %d %d lies off the screen\n", command.args[0],
+                        command.args[1], command.args[2], command.args[3]);
+                mRect = VideoRect{0, 0, 0, 0};
+                mPlane.clear();
                 return;
             }
-            char geometry[64];
-            snprintf(geometry, sizeof geometry, "%dx%d+%d+%d", command.args[2], command.args[3],
-                     command.args[0], command.args[1]);
-            err = mpv_set_property_string(mMpv, "geometry", geometry);
-            break;
+            mRect = VideoRect{x0, y0, (int)(x1 - x0), (int)(y1 - y0)};
+            // A paused picture moves too: the current frame is drawn again.
+            if (mRender) draw();
+            return;
         }
     }
     if (err < 0) tprintf("avworker: the command failed: %s\n", mpv_error_string(err));
@@ -216,6 +284,8 @@ int MpvDecoder::audioTrackCount() const {
 }
 
 int MpvDecoder::writeReports() {
+    // Also while paused: the plane's picture stays, its decoder still runs.
+    mPlane.heartbeat();
     // A file without sound has no selected track; it reports track 0.
     const int64_t aid = intProperty(mMpv, "current-tracks/audio/id", 1);
     cJSON* status = cJSON_CreateObject();

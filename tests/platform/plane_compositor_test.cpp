@@ -1,0 +1,124 @@
+#include "platform/plane_compositor.h"
+
+#include <gtest/gtest.h>
+#include <string.h>
+
+#include "tests/support/capture_stdout.h"
+#include "tests/support/sdl_screen.h"
+#include "tests/support/temp_dir.h"
+#include "toolkit/screen.h"
+
+namespace {
+
+const VideoRect kVideo = {100, 50, 200, 100};
+
+// The compositor alone on the test screen's renderer: a video plane drawn
+// by a stand-in decoder, an interface plane drawn with a known alpha mask.
+class PlaneCompositorTest : public SdlScreenTest {
+protected:
+    void SetUp() override {
+        SdlScreenTest::SetUp();
+        mCompositor = new PlaneCompositor(gRenderer);
+        ASSERT_EQ(mCompositor->open(1280, 720), 0);
+    }
+    void TearDown() override {
+        delete mCompositor;
+        SdlScreenTest::TearDown();
+    }
+
+    void publish(VideoRect rect, uint32_t colour) {
+        size_t stride = 0;
+        uint8_t* rows = mDecoder.beginFrame(rect, &stride);
+        ASSERT_NE(rows, nullptr);
+        for (int y = 0; y < rect.h; y++)
+            for (int x = 0; x < rect.w; x++) memcpy(rows + y * stride + x * 4, &colour, 4);
+        mDecoder.endFrame();
+    }
+    // The interface: opaque blue, a transparent hole over the top left, and
+    // a half-transparent white band inside the hole.
+    void drawInterface() {
+        SDL_SetRenderDrawBlendMode(gRenderer, SDL_BLENDMODE_NONE);
+        SDL_SetRenderDrawColor(gRenderer, 0, 0, 255, 255);
+        SDL_RenderClear(gRenderer);
+        fill({0, 0, 640, 360}, 0, 0, 0, 0);
+        fill({150, 50, 50, 100}, 255, 255, 255, 128);
+    }
+    void fill(SDL_Rect r, Uint8 red, Uint8 green, Uint8 blue, Uint8 alpha) {
+        SDL_SetRenderDrawColor(gRenderer, red, green, blue, alpha);
+        SDL_RenderFillRect(gRenderer, &r);
+    }
+    // Reads `x, y` of what compose() put in the window.
+    SDL_Color composed(int x, int y) { return pixel(x, y); }
+
+    CaptureStdout mLog;  // before the decoder: its lines are captured too
+    TempDeviceRoot mRoot;
+    VideoPlaneWriter mDecoder;
+    PlaneCompositor* mCompositor = nullptr;
+};
+
+::testing::AssertionResult near(SDL_Color got, int r, int g, int b) {
+    if (abs(got.r - r) <= 3 && abs(got.g - g) <= 3 && abs(got.b - b) <= 3) return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "got (" << int(got.r) << ", " << int(got.g) << ", " << int(got.b)
+                                         << "), want (" << r << ", " << g << ", " << b << ")";
+}
+
+}  // namespace
+
+TEST_F(PlaneCompositorTest, TheInterfaceAlphaDecidesWhereTheVideoShows) {
+    ASSERT_EQ(mDecoder.create(), 0);
+    publish(kVideo, 0xFF00FF);  // magenta
+    drawInterface();
+    EXPECT_TRUE(mCompositor->videoChanged());
+    mCompositor->compose();
+    EXPECT_TRUE(near(composed(120, 70), 255, 0, 255)) << "transparent over the picture";
+    EXPECT_TRUE(near(composed(120, 140), 255, 0, 255));
+    EXPECT_TRUE(near(composed(50, 20), 0, 0, 0)) << "transparent outside the picture: black";
+    EXPECT_TRUE(near(composed(175, 100), 255, 128, 255)) << "half white over magenta";
+    EXPECT_TRUE(near(composed(250, 200), 0, 0, 0)) << "in the hole, below the picture: black";
+    EXPECT_TRUE(near(composed(700, 400), 0, 0, 255)) << "opaque interface";
+    EXPECT_TRUE(near(composed(250, 100), 255, 0, 255)) << "right of the band, in the picture";
+    mCompositor->finish();
+
+    // Read-backs between presents see the interface plane, hole and all.
+    EXPECT_EQ(pixel(120, 70).a, 0);
+    EXPECT_TRUE(near(pixel(700, 400), 0, 0, 255));
+    EXPECT_FALSE(mCompositor->videoChanged()) << "nothing new since the present";
+}
+
+// A new frame, a cleared plane and a removed one each change what shows;
+// a paused picture stays.
+TEST_F(PlaneCompositorTest, FramesComeAndGoWithTheDecoder) {
+    drawInterface();
+    EXPECT_FALSE(mCompositor->videoChanged()) << "no plane yet";
+    EXPECT_EQ(mCompositor->nextLookMs(), -1) << "no plane: no reason to wake";
+
+    ASSERT_EQ(mDecoder.create(), 0);
+    publish(kVideo, 0x00FF00);
+    SDL_Delay(110);  // the plane's name is looked for on its own pace
+    EXPECT_TRUE(mCompositor->videoChanged());
+    EXPECT_GT(mCompositor->nextLookMs(), 0);
+    EXPECT_LE(mCompositor->nextLookMs(), 5) << "frames come: looked at often";
+    mCompositor->compose();
+    EXPECT_TRUE(near(composed(120, 70), 0, 255, 0));
+    mCompositor->finish();
+    EXPECT_FALSE(mCompositor->videoChanged()) << "paused";
+    mCompositor->compose();
+    EXPECT_TRUE(near(composed(120, 70), 0, 255, 0)) << "a paused picture stays";
+    mCompositor->finish();
+
+    mDecoder.clear();
+    EXPECT_TRUE(mCompositor->videoChanged());
+    mCompositor->compose();
+    EXPECT_TRUE(near(composed(120, 70), 0, 0, 0));
+    mCompositor->finish();
+
+    publish(kVideo, 0x00FF00);
+    EXPECT_TRUE(mCompositor->videoChanged());
+    mCompositor->present();
+    mDecoder.remove();
+    EXPECT_TRUE(mCompositor->videoChanged());
+    mCompositor->compose();
+    EXPECT_TRUE(near(composed(120, 70), 0, 0, 0)) << "a stopped decoder's picture goes";
+    mCompositor->finish();
+    EXPECT_EQ(mCompositor->nextLookMs(), -1);
+}

@@ -1,0 +1,200 @@
+#include "platform/video_plane.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <string.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/support/capture_stdout.h"
+#include "tests/support/temp_dir.h"
+
+namespace {
+
+// Records what the reader hands over: the rectangle and the first pixel.
+class RecordingSink : public VideoPlaneReader::Sink {
+public:
+    void onFrame(const VideoRect& rect, const uint8_t* pixels, size_t stride) override {
+        rects.push_back(rect);
+        uint32_t first;
+        memcpy(&first, pixels, 4);
+        firstPixels.push_back(first);
+        strides.push_back(stride);
+        if (during) during();
+    }
+    std::vector<VideoRect> rects;
+    std::vector<uint32_t> firstPixels;
+    std::vector<size_t> strides;
+    std::function<void()> during;  // runs inside the copy, as a racing decoder would
+};
+
+// Draws one frame of a single colour at `rect`.
+void publish(VideoPlaneWriter& writer, VideoRect rect, uint32_t colour) {
+    size_t stride = 0;
+    uint8_t* rows = writer.beginFrame(rect, &stride);
+    ASSERT_NE(rows, nullptr);
+    for (int y = 0; y < rect.h; y++)
+        for (int x = 0; x < rect.w; x++) memcpy(rows + y * stride + x * 4, &colour, 4);
+    writer.endFrame();
+}
+
+bool same(VideoRect a, VideoRect b) { return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h; }
+
+class VideoPlaneTest : public ::testing::Test {
+protected:
+    TempDeviceRoot mRoot;  // gives this test a plane name of its own
+    CaptureStdout mLog;
+};
+
+}  // namespace
+
+// A plane's whole life as the player sees it: nothing before it exists,
+// each new frame once, nothing new while paused, the picture gone when the
+// decoder clears and removes it.
+TEST_F(VideoPlaneTest, ReaderSeesEachFrameOnceAndThePictureGoWithItsDecoder) {
+    VideoPlaneReader reader;
+    RecordingSink sink;
+    int64_t now = 1000;
+    EXPECT_FALSE(reader.poll(&sink, now));
+    EXPECT_FALSE(reader.attached());
+
+    VideoPlaneWriter writer;
+    ASSERT_EQ(writer.create(), 0);
+    const VideoRect windowed = {650, 85, 610, 360};
+    publish(writer, windowed, 0xFF00FFu);
+    now += 100;
+    EXPECT_TRUE(reader.poll(&sink, now));
+    ASSERT_EQ(sink.rects.size(), 1u);
+    EXPECT_TRUE(same(sink.rects[0], windowed));
+    EXPECT_EQ(sink.firstPixels[0], 0xFF00FFu);
+    EXPECT_EQ(sink.strides[0] % 64, 0u) << "rows aligned for the decoder's renderer";
+    EXPECT_TRUE(same(reader.rect(), windowed));
+    EXPECT_TRUE(reader.playing(now));
+
+    EXPECT_FALSE(reader.poll(&sink, now + 5)) << "no new frame while paused";
+    EXPECT_EQ(sink.rects.size(), 1u);
+
+    const VideoRect full = {0, 0, 1280, 720};
+    publish(writer, full, 0x00FF00u);
+    EXPECT_TRUE(reader.poll(&sink, now + 10));
+    EXPECT_TRUE(same(reader.rect(), full));
+    EXPECT_EQ(sink.firstPixels.back(), 0x00FF00u);
+
+    writer.clear();
+    EXPECT_TRUE(reader.poll(&sink, now + 15));
+    EXPECT_EQ(reader.rect().w, 0);
+    EXPECT_EQ(sink.rects.size(), 2u) << "an empty frame hands nothing over";
+
+    publish(writer, windowed, 0xFF00FFu);
+    EXPECT_TRUE(reader.poll(&sink, now + 20));
+    writer.remove();
+    EXPECT_TRUE(reader.poll(&sink, now + 25)) << "a removed plane takes its picture along";
+    EXPECT_EQ(reader.rect().w, 0);
+    EXPECT_FALSE(reader.attached());
+    EXPECT_FALSE(reader.poll(&sink, now + 200));
+}
+
+// A decoder killed without removing its plane: the plane goes stale and
+// shows nothing; the next decoder's plane replaces it and is found.
+TEST_F(VideoPlaneTest, StaleAndReplacedPlanesAreDropped) {
+    VideoPlaneReader reader(200);
+    RecordingSink sink;
+    int64_t now = 0;
+    {
+        VideoPlaneWriter killed;
+        ASSERT_EQ(killed.create(), 0);
+        publish(killed, VideoRect{0, 0, 64, 64}, 1);
+        EXPECT_TRUE(reader.poll(&sink, now += 100));
+        usleep(400 * 1000);
+        EXPECT_TRUE(reader.poll(&sink, now += 1)) << "stale: the picture goes";
+        EXPECT_EQ(reader.rect().w, 0);
+        EXPECT_FALSE(reader.attached());
+        EXPECT_FALSE(reader.poll(&sink, now += 100)) << "a stale plane is not taken again";
+
+        // The next decoder replaces the name while a reader still maps the old.
+        VideoPlaneWriter next;
+        ASSERT_EQ(next.create(), 0);
+        publish(next, VideoRect{10, 10, 32, 32}, 2);
+        EXPECT_TRUE(reader.poll(&sink, now += 100));
+        EXPECT_EQ(sink.firstPixels.back(), 2u);
+
+        VideoPlaneWriter third;
+        ASSERT_EQ(third.create(), 0);
+        publish(third, VideoRect{20, 20, 16, 16}, 3);
+        EXPECT_TRUE(reader.poll(&sink, now += 100)) << "the replaced plane's picture goes";
+        EXPECT_EQ(reader.rect().w, 0);
+        EXPECT_TRUE(reader.poll(&sink, now += 100));
+        EXPECT_EQ(sink.firstPixels.back(), 3u);
+    }
+    const std::string log = mLog.finish();
+    EXPECT_NE(log.find("stale"), std::string::npos) << log;
+}
+
+// While the player copies frame n, the decoder may draw frame n + 1 into the
+// other buffer, then start n + 2 in the one being copied: that copy is torn
+// and the newer frame is taken instead.
+TEST_F(VideoPlaneTest, ACopyOverrunByTheDecoderIsTakenAgain) {
+    VideoPlaneWriter writer;
+    ASSERT_EQ(writer.create(), 0);
+    VideoPlaneReader reader;
+    RecordingSink sink;
+    publish(writer, VideoRect{0, 0, 8, 8}, 1);
+    sink.during = [&] {
+        sink.during = nullptr;
+        publish(writer, VideoRect{0, 0, 8, 8}, 2);
+        publish(writer, VideoRect{100, 100, 8, 8}, 3);
+    };
+    EXPECT_TRUE(reader.poll(&sink, 0));
+    ASSERT_EQ(sink.firstPixels.size(), 2u);
+    EXPECT_EQ(sink.firstPixels[1], 3u);
+    EXPECT_TRUE(same(reader.rect(), VideoRect{100, 100, 8, 8}));
+
+    size_t stride = 0;
+    EXPECT_EQ(writer.beginFrame(VideoRect{1200, 0, 100, 10}, &stride), nullptr) << "past the right edge";
+    EXPECT_EQ(writer.beginFrame(VideoRect{0, 0, 0, 10}, &stride), nullptr);
+    EXPECT_EQ(writer.beginFrame(VideoRect{-1, 0, 10, 10}, &stride), nullptr);
+}
+
+// Whatever else sits under the plane's name (a file of the wrong size, junk
+// of the right size) is ignored with one log line, never read as a picture.
+TEST_F(VideoPlaneTest, ForeignMemoryUnderThePlaneNameIsIgnored) {
+    const std::string name = videoPlaneName();
+    for (size_t bytes : {(size_t)100, videoPlaneBytes()}) {
+        shm_unlink(name.c_str());
+        const int fd = shm_open(name.c_str(), O_CREAT | O_RDWR, 0600);
+        ASSERT_GE(fd, 0);
+        ASSERT_EQ(ftruncate(fd, (off_t)bytes), 0);
+        void* memory = mmap(nullptr, bytes, PROT_WRITE, MAP_SHARED, fd, 0);
+        ASSERT_NE(memory, MAP_FAILED);
+        memset(memory, 0xA5, bytes);
+        munmap(memory, bytes);
+        close(fd);
+
+        VideoPlaneReader reader;
+        RecordingSink sink;
+        EXPECT_FALSE(reader.poll(&sink, 0));
+        EXPECT_FALSE(reader.poll(&sink, 200));
+        EXPECT_FALSE(reader.attached());
+        EXPECT_TRUE(sink.rects.empty());
+    }
+    shm_unlink(name.c_str());
+    const std::string log = mLog.finish();
+    size_t lines = 0;
+    for (size_t at = log.find("not a plane"); at != std::string::npos; at = log.find("not a plane", at + 1)) lines++;
+    EXPECT_EQ(lines, 2u) << "one line for each reader: " << log;
+}
+
+TEST_F(VideoPlaneTest, EachDeviceRootHasAPlaneOfItsOwn) {
+    const std::string here = videoPlaneName();
+    std::string there;
+    {
+        TempDeviceRoot other;
+        there = videoPlaneName();
+    }
+    EXPECT_NE(here, there);
+    EXPECT_EQ(here.find('/', 1), std::string::npos) << "a shared-memory name: " << here;
+}
