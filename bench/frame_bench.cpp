@@ -93,6 +93,7 @@ int main() {
     gUserPath = videos;
 
     int result = 0;
+    double frameMs = 0, copyMs = 0;
     {
         PlayerWindow window(nullptr);
         window.init();
@@ -108,7 +109,7 @@ int main() {
         if (decoder.create() != 0) result = 1;
         const VideoRect windowed = {650, 85, 610, 360};
         uint32_t shade = 0;
-        const double frameMs = bestFrameMs([&] {
+        frameMs = bestFrameMs([&] {
             size_t stride = 0;
             if (uint8_t* rows = decoder.beginFrame(windowed, &stride)) {
                 memset(rows, (int)(shade++ & 0xFF), stride * windowed.h);
@@ -121,24 +122,23 @@ int main() {
         decoder.remove();
         SDL_Texture* full = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888,
                                               SDL_TEXTUREACCESS_STATIC, 1280, 720);
-        const double copyMs = bestFrameMs([&] {
+        copyMs = bestFrameMs([&] {
             SDL_RenderCopy(gRenderer, full, nullptr, nullptr);
             finishFrame();
         });
         SDL_DestroyTexture(full);
         window.quit();
-
-        fflush(stdout);
-        dup2(savedOut, STDOUT_FILENO);
-        printf("player frame (windowed, %d entries, playing, composited over a 1280 x 720 video "
-               "plane%s): %.3f ms; full-screen copy %.3f ms; "
-               "ratio %.2f\n",
-               kEntries, result ? " FAILED TO START" : "", frameMs, copyMs, frameMs / copyMs);
     }
     uninit_skin();
     ScreenUninit();
     TTF_Quit();
     SDL_Quit();
+    // After everything has gone, whose last log lines would mix in.
+    fflush(stdout);
+    dup2(savedOut, STDOUT_FILENO);
+    printf("player frame (windowed, %d entries, playing, composited over a 1280 x 720 video "
+           "plane%s): %.3f ms; full-screen copy %.3f ms; ratio %.2f\n",
+           kEntries, result ? " FAILED TO START" : "", frameMs, copyMs, frameMs / copyMs);
     std::error_code ec;
     std::filesystem::remove_all(root, ec);
     return result;

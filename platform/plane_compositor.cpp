@@ -31,8 +31,19 @@ int PlaneCompositor::open(int w, int h) {
         mUi = mVideo = nullptr;
         return -1;
     }
-    SDL_SetTextureBlendMode(mUi, SDL_BLENDMODE_BLEND);
+    // The interface plane holds premultiplied colour: SDL's blending onto a
+    // plane cleared to transparent black yields exactly that. So over black
+    // it is a plain copy, and over the picture it adds the picture scaled by
+    // what the interface leaves through.
+    mOver = SDL_ComposeCustomBlendMode(SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD,
+                                       SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD);
+    if (SDL_SetTextureBlendMode(mUi, mOver) != 0) mOver = SDL_BLENDMODE_BLEND;
     SDL_SetTextureBlendMode(mVideo, SDL_BLENDMODE_NONE);
+    // Both are copied pixel for pixel: filtering would only cost.
+    SDL_SetTextureScaleMode(mUi, SDL_ScaleModeNearest);
+    SDL_SetTextureScaleMode(mVideo, SDL_ScaleModeNearest);
+    mWidth = w;
+    mHeight = h;
     // The interface starts fully transparent, as the device's layer does.
     SDL_SetRenderDrawColor(mRenderer, 0, 0, 0, 0);
     SDL_RenderClear(mRenderer);
@@ -64,14 +75,27 @@ void PlaneCompositor::compose() {
     if (!mUi) return;
     videoChanged();
     SDL_SetRenderTarget(mRenderer, nullptr);
-    SDL_SetRenderDrawColor(mRenderer, 0, 0, 0, 255);
-    SDL_RenderClear(mRenderer);
     const VideoRect r = mReader.rect();
-    if (r.w > 0) {
-        const SDL_Rect at = {r.x, r.y, r.w, r.h};
-        SDL_RenderCopy(mRenderer, mVideo, &at, &at);
+    if (r.w <= 0) {
+        // Nothing beneath: the interface over black is the plane as it is.
+        SDL_SetTextureBlendMode(mUi, SDL_BLENDMODE_NONE);
+        SDL_RenderCopy(mRenderer, mUi, nullptr, nullptr);
+        mChanged = false;
+        return;
     }
-    SDL_RenderCopy(mRenderer, mUi, nullptr, nullptr);
+    const SDL_Rect video = {r.x, r.y, r.w, r.h};
+    const SDL_Rect around[4] = {
+        {0, 0, mWidth, video.y},
+        {0, video.y + video.h, mWidth, mHeight - video.y - video.h},
+        {0, video.y, video.x, video.h},
+        {video.x + video.w, video.y, mWidth - video.x - video.w, video.h},
+    };
+    SDL_SetTextureBlendMode(mUi, SDL_BLENDMODE_NONE);
+    for (const SDL_Rect& part : around)
+        if (part.w > 0 && part.h > 0) SDL_RenderCopy(mRenderer, mUi, &part, &part);
+    SDL_RenderCopy(mRenderer, mVideo, &video, &video);
+    SDL_SetTextureBlendMode(mUi, mOver);
+    SDL_RenderCopy(mRenderer, mUi, &video, &video);
     mChanged = false;
 }
 

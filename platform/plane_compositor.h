@@ -36,8 +36,9 @@ public:
     // while there is none.
     long nextLookMs() const;
 
-    // Draws the window's frame (black, the video plane's picture, then the
-    // interface plane over it) and leaves the window as the render target;
+    // Draws the window's frame (the video plane's picture, the interface
+    // plane over it, black beneath the rest) and leaves the window as the
+    // render target;
     // finish() presents it and makes the interface plane the target again.
     void compose();
     void finish();
@@ -51,6 +52,8 @@ private:
     SDL_Texture* mUi = nullptr;     // owned: the interface plane
     SDL_Texture* mVideo = nullptr;  // owned: the last video frame, at its place in the plane
     VideoPlaneReader mReader;
+    SDL_BlendMode mOver = SDL_BLENDMODE_BLEND;  // the interface over the picture
+    int mWidth = 0, mHeight = 0;
     bool mChanged = false;  // a frame or a change not presented yet
     bool mLoggedUpload = false;
 };

@@ -455,6 +455,11 @@ long PlayerWindow::nextRedrawMs() {
     return panelShown() ? (long)(mFullscreenShowCtrlMS + kPanelShowMs) : -1;
 }
 
+void PlayerWindow::clearTransparent() {
+    SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 0);
+    SDL_RenderClear(gRenderer);
+}
+
 void PlayerWindow::drawStaticParts() {
     if (!mPlayed) {
         if (gBackground) gBackground->render(nullptr, nullptr, false, nullptr);
@@ -485,6 +490,8 @@ bool PlayerWindow::copyStaticParts() {
             return false;
         }
         SDL_SetTextureBlendMode(mStatic, SDL_BLENDMODE_NONE);
+        // Copied pixel for pixel: filtering would only cost.
+        SDL_SetTextureScaleMode(mStatic, SDL_ScaleModeNearest);
         mStaticKey = 0;
     }
     if (key != mStaticKey) {
@@ -504,12 +511,10 @@ void PlayerWindow::setComposeStatic(bool on) { mComposeStatic = on; }
 
 int PlayerWindow::draw() {
     mDrawnKey = viewKey();
-    // Every pixel not drawn below stays fully transparent: the video layer
-    // beneath shows through it.
-    SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 0);
-    SDL_RenderClear(gRenderer);
-
     if (mFullscreenMode) {
+        // Every pixel not drawn below stays fully transparent: the video
+        // layer beneath shows through it.
+        clearTransparent();
         const uint64_t shown = mFullscreenShowCtrlMS;
         if (shown != 0 && shown != kNever && (uint64_t)systemms() - shown <= kPanelShowMs - 1) {
             if (!mFileName.empty() && mProgressTitleFull) {
@@ -522,7 +527,11 @@ int PlayerWindow::draw() {
         return 0;
     }
 
-    if (!copyStaticParts()) drawStaticParts();
+    // The static parts cover the whole screen, hole included: no clear.
+    if (!copyStaticParts()) {
+        clearTransparent();
+        drawStaticParts();
+    }
     drawNavBar(0);
     drawPanelTimes();
 

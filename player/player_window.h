@@ -78,6 +78,7 @@ private:
     void releaseImages();
     void drawPanelImages();
     void drawPanelTimes();
+    void clearTransparent();
     void drawStaticParts();
     bool copyStaticParts();
     // What a frame shows that can change without an event reaching the

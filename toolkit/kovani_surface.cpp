@@ -64,8 +64,12 @@ KovaniSurface* loadPath(const std::string& path) {
 }  // namespace
 
 SDL2KovaniSurface::SDL2KovaniSurface(SDL_Texture* texture, SDL_Surface* pixels)
-    : mTexture(texture), mPixels(pixels), mWidth(0), mHeight(0) {
-    if (mTexture) SDL_QueryTexture(mTexture, nullptr, nullptr, &mWidth, &mHeight);
+    : mTexture(texture), mPixels(pixels), mWidth(0), mHeight(0), mExactScale(false) {
+    if (!mTexture) return;
+    SDL_QueryTexture(mTexture, nullptr, nullptr, &mWidth, &mHeight);
+    SDL_ScaleMode mode = SDL_ScaleModeLinear;
+    SDL_GetTextureScaleMode(mTexture, &mode);
+    mExactScale = mode == SDL_ScaleModeNearest;
 }
 
 SDL2KovaniSurface::~SDL2KovaniSurface() {
@@ -100,6 +104,13 @@ int SDL2KovaniSurface::render(SDL_Rect* src, SDL_Rect* dst, bool keepOwnSize,
             placed.h = mHeight;
         }
         to = &placed;
+    }
+    // Drawn at its own size, filtering changes no pixel but costs a lot on
+    // a software renderer; scaled, it smooths.
+    const bool exact = to && to->w == (src ? src->w : mWidth) && to->h == (src ? src->h : mHeight);
+    if (exact != mExactScale) {
+        SDL_SetTextureScaleMode(mTexture, exact ? SDL_ScaleModeNearest : SDL_ScaleModeLinear);
+        mExactScale = exact;
     }
     SDL_Texture* canvas = ScreenTargetTexture();
     if (!canvas) return SDL_RenderCopy(gRenderer, mTexture, src, to);

@@ -49,6 +49,7 @@ private:
     SDL_Surface* mPixels;   // owned, may be NULL: what the texture was made from
     int mWidth;
     int mHeight;
+    bool mExactScale;  // the texture samples without filtering
 };
 
 // Loads a skin image: `name` itself when it is absolute, else `themePath`

@@ -35,13 +35,16 @@ protected:
         mDecoder.endFrame();
     }
     // The interface: opaque blue, a transparent hole over the top left, and
-    // a half-transparent white band inside the hole.
+    // a half-transparent white band blended into the hole, as the toolkit
+    // draws.
     void drawInterface() {
         SDL_SetRenderDrawBlendMode(gRenderer, SDL_BLENDMODE_NONE);
         SDL_SetRenderDrawColor(gRenderer, 0, 0, 255, 255);
         SDL_RenderClear(gRenderer);
         fill({0, 0, 640, 360}, 0, 0, 0, 0);
+        SDL_SetRenderDrawBlendMode(gRenderer, SDL_BLENDMODE_BLEND);
         fill({150, 50, 50, 100}, 255, 255, 255, 128);
+        fill({400, 200, 50, 50}, 255, 255, 255, 128);
     }
     void fill(SDL_Rect r, Uint8 red, Uint8 green, Uint8 blue, Uint8 alpha) {
         SDL_SetRenderDrawColor(gRenderer, red, green, blue, alpha);
@@ -76,6 +79,7 @@ TEST_F(PlaneCompositorTest, TheInterfaceAlphaDecidesWhereTheVideoShows) {
     EXPECT_TRUE(near(composed(175, 100), 255, 128, 255)) << "half white over magenta";
     EXPECT_TRUE(near(composed(250, 200), 0, 0, 0)) << "in the hole, below the picture: black";
     EXPECT_TRUE(near(composed(700, 400), 0, 0, 255)) << "opaque interface";
+    EXPECT_TRUE(near(composed(425, 225), 128, 128, 128)) << "half white over black, beside the picture";
     EXPECT_TRUE(near(composed(250, 100), 255, 0, 255)) << "right of the band, in the picture";
     mCompositor->finish();
 
