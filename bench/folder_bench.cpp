@@ -16,6 +16,8 @@
 
 #include "bench_clock.h"
 #include "bench_folder.h"
+#include "platform/log_queue.h"
+#include "platform/logger.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/file_browser_menu.h"
 #include "toolkit/text_menu_item.h"
@@ -79,6 +81,56 @@ int benchFolder() {
     return count == kFolderFiles ? 0 : 1;
 }
 
+// One write call per line, as the system log takes one send per line.
+class NullSink : public LogSink {
+public:
+    NullSink() : mFd(open("/dev/null", O_WRONLY | O_CLOEXEC)) {}
+    ~NullSink() override {
+        if (mFd >= 0) close(mFd);
+    }
+    void write(const char* line) override {
+        if (::write(mFd, line, strlen(line)) > 0) mLines++;
+    }
+    // Only once the writer thread is joined.
+    long lines() const { return mLines; }
+
+private:
+    int mFd;
+    long mLines = 0;
+};
+
+// What a caller pays for a log line: the loader's line per entry, against
+// formatting the same line into a buffer. The queue holds the whole burst,
+// so no line is dropped.
+int benchTprintf() {
+    const int lines = kFolderFiles;
+    std::vector<std::string> names;
+    for (int i = 0; i < lines; i++) names.push_back("video-" + std::to_string(i) + ".mp4");
+    const void* icon = &names;
+    NullSink sink;
+    double best = 1e9, floorMs = 1e9;
+    size_t formatted = 0;
+    for (int run = 0; run < kRuns; run++) {
+        if (initLoggerToSink(&sink, lines) != 0) return 1;
+        double start = nowMs();
+        for (const std::string& name : names) tprintf("%s labelicon = %p\n", name.c_str(), icon);
+        best = std::min(best, nowMs() - start);
+        shutdownLogger();
+        char line[256];
+        start = nowMs();
+        for (const std::string& name : names)
+            formatted += snprintf(line, sizeof line, "%s labelicon = %p\n", name.c_str(), icon);
+        floorMs = std::min(floorMs, nowMs() - start);
+    }
+    printf("tprintf: %.2f us per line on the caller's side (%d lines, queue); floor %.2f us; ratio %.2f\n",
+           best * 1000 / lines, lines, floorMs * 1000 / lines, best / floorMs);
+    if (sink.lines() != long(lines) * kRuns || formatted == 0) {
+        fprintf(stderr, "tprintf bench: %ld of %d lines written\n", sink.lines(), lines * kRuns);
+        return 1;
+    }
+    return 0;
+}
+
 struct Bench {
     const char* name;
     int (*run)();
@@ -86,6 +138,7 @@ struct Bench {
 
 const Bench kBenches[] = {
     {"folder", benchFolder},
+    {"tprintf", benchTprintf},
 };
 
 }  // namespace

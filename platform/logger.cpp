@@ -1,5 +1,6 @@
 #include "logger.h"
 
+#include <pthread.h>
 #include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -7,43 +8,155 @@
 #include <syslog.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <string>
+
+#include "log_queue.h"
+
 namespace {
-int sToSyslog = 0;
+
+// Standard output stays synchronous: it is the mode before initLogger, whose
+// lines tests capture and read back at once. The system log goes through the
+// writer thread, since every line there is a round trip to the log daemon;
+// so does its standard-error stand-in, so the desktop runs as the device.
+enum LogMode { MODE_STDOUT, MODE_SYSLOG, MODE_STDERR, MODE_SINK };
+
+// A whole folder's burst (the loader writes a line per entry, up to 20000)
+// fits while the system log catches up: about 4 MB at the fullest.
+const size_t kQueueLines = 32768;
+// A full queue drains in a fraction of this at tens of microseconds a line;
+// past it the sink is taken to hang.
+const long kDrainMs = 2000;
+// Most lines fit here; a longer one is formatted again into a string.
+const size_t kShortLine = 256;
+
+// Set by the thread that calls initLogger and shutdownLogger; read by all.
+std::atomic<int> sMode{MODE_STDOUT};
+// A forked child has no writer thread, and the queue's lock may have been
+// held at the fork: there lines are written directly.
+std::atomic<bool> sInForkedChild{false};
+bool sExitHooked = false;  // the initLogger thread only
+char sProcName[64];        // openlog keeps the pointer, so this must outlive the log
+
+class SyslogSink : public LogSink {
+public:
+    void write(const char* line) override { syslog(LOG_DEBUG, "%s", line); }
+};
+
 // Without a system-log daemon (a bare desktop or container) the lines would
 // vanish; they go to standard error then, leaving standard output alone.
-bool sToStderr = false;
-char procname[64];  // openlog keeps the pointer, so this must outlive the log
+class StderrSink : public LogSink {
+public:
+    void write(const char* line) override { fputs(line, stderr); }
+};
+
+SyslogSink sSyslogSink;
+StderrSink sStderrSink;
+
+// Never destroyed: objects destroyed at exit may still log after the writer
+// has stopped, and the queue tells them to write directly.
+LogQueue& queue() {
+    static LogQueue* sQueue = new LogQueue;
+    return *sQueue;
+}
+
+void writeDirect(int mode, const char* line) {
+    if (mode == MODE_SYSLOG)
+        syslog(LOG_DEBUG, "%s", line);
+    else if (mode == MODE_STDERR)
+        fputs(line, stderr);
+    else
+        fputs(line, stdout);
+}
+
+// The caller's errno is still in place for a "%m".
+bool formatLine(const char* format, va_list ap, std::string* line) {
+    char text[kShortLine];
+    va_list again;
+    va_copy(again, ap);
+    const int n = vsnprintf(text, sizeof text, format, ap);
+    if (n >= 0 && size_t(n) < sizeof text) {
+        line->assign(text, size_t(n));
+    } else if (n >= 0) {
+        line->resize(size_t(n));
+        vsnprintf(&(*line)[0], size_t(n) + 1, format, again);
+    }
+    va_end(again);
+    return n >= 0;
+}
 
 void closeSyslog() { closelog(); }
+
+void markForkedChild() { sInForkedChild = true; }
+
+void hookExit() {
+    if (sExitHooked) return;
+    sExitHooked = true;
+    // Handlers run in reverse: the drain, which may write to the system log,
+    // comes before it is closed.
+    atexit(closeSyslog);
+    atexit(shutdownLogger);
+    pthread_atfork(nullptr, nullptr, markForkedChild);
+}
+
+int startWriter(LogMode mode, LogSink* sink, size_t capacity) {
+    sMode = mode;
+    hookExit();
+    if (queue().start(sink, capacity) != 0) {
+        tprintf("logger: cannot start the writer thread; lines are written directly\n");
+        return -1;
+    }
+    return 0;
+}
+
 }  // namespace
 
 void initLogger(int toSyslog) {
-    sToSyslog = toSyslog;
-    if (!toSyslog) return;
+    shutdownLogger();
+    if (!toSyslog) {
+        sMode = MODE_STDOUT;
+        return;
+    }
     if (access("/dev/log", F_OK) != 0) {
-        sToStderr = true;
+        startWriter(MODE_STDERR, &sStderrSink, kQueueLines);
         return;
     }
     char path[64];
     snprintf(path, sizeof path, "/proc/%d/comm", (int)getpid());
     FILE* f = fopen(path, "r");
     if (f) {
-        if (!fgets(procname, 63, f)) procname[0] = '\0';
+        if (!fgets(sProcName, 63, f)) sProcName[0] = '\0';
         fclose(f);
-        procname[strcspn(procname, "\n")] = '\0';
+        sProcName[strcspn(sProcName, "\n")] = '\0';
     }
-    openlog(procname, LOG_PID, 0);
-    atexit(closeSyslog);
+    openlog(sProcName, LOG_PID, 0);
+    startWriter(MODE_SYSLOG, &sSyslogSink, kQueueLines);
+}
+
+int initLoggerToSink(LogSink* sink, size_t capacity) {
+    shutdownLogger();
+    return startWriter(MODE_SINK, sink, capacity);
+}
+
+void shutdownLogger() {
+    if (sInForkedChild) return;
+    queue().stop(kDrainMs);
+    // A test's sink is not kept past its writer.
+    if (sMode == MODE_SINK) sMode = MODE_STDOUT;
 }
 
 void tprintf(const char* format, ...) {
     va_list ap;
     va_start(ap, format);
-    if (sToStderr)
-        vfprintf(stderr, format, ap);
-    else if (sToSyslog)
-        vsyslog(LOG_DEBUG, format, ap);
-    else
+    const int mode = sMode;
+    if (mode == MODE_STDOUT) {
         vprintf(format, ap);
+        va_end(ap);
+        return;
+    }
+    std::string line;
+    const bool formatted = formatLine(format, ap, &line);
     va_end(ap);
+    if (!formatted) return;
+    if (sInForkedChild || queue().post(&line) == LogQueue::LOG_CLOSED) writeDirect(mode, line.c_str());
 }
