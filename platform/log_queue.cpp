@@ -3,15 +3,26 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <system_error>
+
+namespace {
+const int kWriterNice = 10;
+// How long the writer waits for more lines after a batch, before it sleeps
+// until woken: the most a line waits to be written during a burst.
+const int kNapMs = 2;
+}  // namespace
 
 int LogQueue::start(LogSink* sink, size_t capacity) {
     if (!sink || capacity == 0 || mThread.joinable()) return -1;
     {
         std::lock_guard<std::mutex> hold(mLock);
         mState = RUNNING;
+        mDiscarding.store(false, std::memory_order_relaxed);
         mCapacity = capacity;
         mDropped = 0;
     }
@@ -66,6 +77,7 @@ void LogQueue::stop(long drainMs) {
         const auto written = [this] { return mState == STOPPED; };
         if (!mStopped.wait_for(hold, std::chrono::milliseconds(drainMs), written)) {
             mState = DISCARDING;
+            mDiscarding.store(true, std::memory_order_relaxed);
             mWake.notify_one();
         }
     }
@@ -78,14 +90,32 @@ void LogQueue::discardQueued() {
     mQueue.clear();
 }
 
+void LogQueue::writeDropped(unsigned dropped) {
+    if (dropped == 0) return;
+    char notice[48];
+    snprintf(notice, sizeof notice, "%u log lines dropped\n", dropped);
+    mSink->write(notice);
+}
+
 void LogQueue::run() {
     pthread_setname_np(pthread_self(), "logwriter");
-    std::string line;
+    // Writing the log is never the user's wait: on a busy machine the
+    // threads that load folders and draw get the processor first.
+    if (setpriority(PRIO_PROCESS, (id_t)syscall(SYS_gettid), kWriterNice) != 0) {
+        // Stays at the caller's priority: only slower under load.
+    }
+    std::deque<Entry> batch;
+    bool napped = false;
     while (true) {
-        unsigned dropped = 0;
-        bool haveLine = false;
+        unsigned trailing = 0;
         {
             std::unique_lock<std::mutex> hold(mLock);
+            // After a batch the writer naps once before it asks to be woken:
+            // lines of a burst then cost their callers no wake-up each.
+            if (mQueue.empty() && mDropped == 0 && mState == RUNNING && !napped) {
+                mWake.wait_for(hold, std::chrono::milliseconds(kNapMs));
+                napped = true;
+            }
             while (mQueue.empty() && mDropped == 0 && mState == RUNNING) {
                 mWriterWaiting = true;
                 mWake.wait(hold);
@@ -93,12 +123,10 @@ void LogQueue::run() {
             }
             if (mState == DISCARDING) discardQueued();
             if (!mQueue.empty()) {
-                dropped = mQueue.front().droppedBefore;
-                line.swap(mQueue.front().text);
-                mQueue.pop_front();
-                haveLine = true;
+                batch.swap(mQueue);
+                napped = false;
             } else if (mDropped > 0) {
-                dropped = mDropped;
+                trailing = mDropped;
                 mDropped = 0;
             } else {
                 // Everything queued is written: later lines are the callers'
@@ -108,11 +136,19 @@ void LogQueue::run() {
                 return;
             }
         }
-        if (dropped > 0) {
-            char notice[48];
-            snprintf(notice, sizeof notice, "%u log lines dropped\n", dropped);
-            mSink->write(notice);
+        for (size_t k = 0; k < batch.size(); k++) {
+            if (mDiscarding.load(std::memory_order_relaxed)) {
+                // The sink hangs: what is left of the batch is counted.
+                unsigned lost = 0;
+                for (size_t r = k; r < batch.size(); r++) lost += batch[r].droppedBefore + 1;
+                std::lock_guard<std::mutex> hold(mLock);
+                mDropped += lost;
+                break;
+            }
+            writeDropped(batch[k].droppedBefore);
+            mSink->write(batch[k].text.c_str());
         }
-        if (haveLine) mSink->write(line.c_str());
+        batch.clear();
+        writeDropped(trailing);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <stddef.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
@@ -47,6 +48,8 @@ private:
     };
 
     void run();
+    // Writes the "N log lines dropped" notice when `dropped` is not 0.
+    void writeDropped(unsigned dropped);
     // Moves what is queued to the dropped count. Called with mLock held.
     void discardQueued();
 
@@ -58,6 +61,7 @@ private:
     size_t mCapacity = 0;              // guarded by mLock
     unsigned mDropped = 0;             // guarded by mLock: dropped since the last entry queued
     bool mWriterWaiting = false;       // guarded by mLock: the writer sleeps on mWake
+    std::atomic<bool> mDiscarding{false};  // set with DISCARDING; read by the writer between lines
     // Set by the owner while no writer runs; read by the writer only.
     LogSink* mSink = nullptr;
     std::thread mThread;  // the owner only

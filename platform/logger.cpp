@@ -135,7 +135,7 @@ void initLogger(int toSyslog) {
 
 int initLoggerToSink(LogSink* sink, size_t capacity) {
     shutdownLogger();
-    return startWriter(MODE_SINK, sink, capacity);
+    return startWriter(MODE_SINK, sink, capacity ? capacity : kQueueLines);
 }
 
 void shutdownLogger() {

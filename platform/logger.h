@@ -22,6 +22,6 @@ void tprintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 void shutdownLogger();
 // For tests and benches: like initLogger(1), but the writer thread writes
 // into `sink` (not owned; kept until shutdownLogger) with room for
-// `capacity` queued lines. After shutdownLogger lines go to standard output
+// `capacity` queued lines (0: as many as the program's own queue). After shutdownLogger lines go to standard output
 // again. 0, or -1 when the writer thread cannot start.
 int initLoggerToSink(LogSink* sink, size_t capacity);
