@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "tests/support/capture_stdout.h"
+#include "tests/support/plane_frames.h"
 #include "tests/support/sdl_screen.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/screen.h"
@@ -26,14 +27,6 @@ protected:
         SdlScreenTest::TearDown();
     }
 
-    void publish(VideoRect rect, uint32_t colour) {
-        size_t stride = 0;
-        uint8_t* rows = mDecoder.beginFrame(rect, &stride);
-        ASSERT_NE(rows, nullptr);
-        for (int y = 0; y < rect.h; y++)
-            for (int x = 0; x < rect.w; x++) memcpy(rows + y * stride + x * 4, &colour, 4);
-        mDecoder.endFrame();
-    }
     // The interface: opaque blue, a transparent hole over the top left, and
     // a half-transparent white band blended into the hole, as the toolkit
     // draws.
@@ -69,7 +62,7 @@ protected:
 
 TEST_F(PlaneCompositorTest, TheInterfaceAlphaDecidesWhereTheVideoShows) {
     ASSERT_EQ(mDecoder.create(), 0);
-    publish(kVideo, 0xFF00FF);  // magenta
+    publishFrame(mDecoder, kVideo, 0xFF00FF);  // magenta
     drawInterface();
     EXPECT_TRUE(mCompositor->videoChanged());
     mCompositor->compose();
@@ -97,7 +90,7 @@ TEST_F(PlaneCompositorTest, FramesComeAndGoWithTheDecoder) {
     EXPECT_EQ(mCompositor->nextLookMs(), -1) << "no plane: no reason to wake";
 
     ASSERT_EQ(mDecoder.create(), 0);
-    publish(kVideo, 0x00FF00);
+    publishFrame(mDecoder, kVideo, 0x00FF00);
     SDL_Delay(110);  // the plane's name is looked for on its own pace
     EXPECT_TRUE(mCompositor->videoChanged());
     EXPECT_GT(mCompositor->nextLookMs(), 0);
@@ -116,7 +109,7 @@ TEST_F(PlaneCompositorTest, FramesComeAndGoWithTheDecoder) {
     EXPECT_TRUE(near(composed(120, 70), 0, 0, 0));
     mCompositor->finish();
 
-    publish(kVideo, 0x00FF00);
+    publishFrame(mDecoder, kVideo, 0x00FF00);
     EXPECT_TRUE(mCompositor->videoChanged());
     mCompositor->present();
     mDecoder.remove();

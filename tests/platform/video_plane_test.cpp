@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "tests/support/capture_stdout.h"
+#include "tests/support/plane_frames.h"
 #include "tests/support/temp_dir.h"
 
 namespace {
@@ -31,16 +32,6 @@ public:
     std::vector<size_t> strides;
     std::function<void()> during;  // runs inside the copy, as a racing decoder would
 };
-
-// Draws one frame of a single colour at `rect`.
-void publish(VideoPlaneWriter& writer, VideoRect rect, uint32_t colour) {
-    size_t stride = 0;
-    uint8_t* rows = writer.beginFrame(rect, &stride);
-    ASSERT_NE(rows, nullptr);
-    for (int y = 0; y < rect.h; y++)
-        for (int x = 0; x < rect.w; x++) memcpy(rows + y * stride + x * 4, &colour, 4);
-    writer.endFrame();
-}
 
 bool same(VideoRect a, VideoRect b) { return a.x == b.x && a.y == b.y && a.w == b.w && a.h == b.h; }
 
@@ -65,7 +56,7 @@ TEST_F(VideoPlaneTest, ReaderSeesEachFrameOnceAndThePictureGoWithItsDecoder) {
     VideoPlaneWriter writer;
     ASSERT_EQ(writer.create(), 0);
     const VideoRect windowed = {650, 85, 610, 360};
-    publish(writer, windowed, 0xFF00FFu);
+    publishFrame(writer, windowed, 0xFF00FFu);
     now += 100;
     EXPECT_TRUE(reader.poll(&sink, now));
     ASSERT_EQ(sink.rects.size(), 1u);
@@ -79,7 +70,7 @@ TEST_F(VideoPlaneTest, ReaderSeesEachFrameOnceAndThePictureGoWithItsDecoder) {
     EXPECT_EQ(sink.rects.size(), 1u);
 
     const VideoRect full = {0, 0, 1280, 720};
-    publish(writer, full, 0x00FF00u);
+    publishFrame(writer, full, 0x00FF00u);
     EXPECT_TRUE(reader.poll(&sink, now + 10));
     EXPECT_TRUE(same(reader.rect(), full));
     EXPECT_EQ(sink.firstPixels.back(), 0x00FF00u);
@@ -89,7 +80,7 @@ TEST_F(VideoPlaneTest, ReaderSeesEachFrameOnceAndThePictureGoWithItsDecoder) {
     EXPECT_EQ(reader.rect().w, 0);
     EXPECT_EQ(sink.rects.size(), 2u) << "an empty frame hands nothing over";
 
-    publish(writer, windowed, 0xFF00FFu);
+    publishFrame(writer, windowed, 0xFF00FFu);
     EXPECT_TRUE(reader.poll(&sink, now + 20));
     writer.remove();
     EXPECT_TRUE(reader.poll(&sink, now + 25)) << "a removed plane takes its picture along";
@@ -107,7 +98,7 @@ TEST_F(VideoPlaneTest, StaleAndReplacedPlanesAreDropped) {
     {
         VideoPlaneWriter killed;
         ASSERT_EQ(killed.create(), 0);
-        publish(killed, VideoRect{0, 0, 64, 64}, 1);
+        publishFrame(killed, VideoRect{0, 0, 64, 64}, 1);
         EXPECT_TRUE(reader.poll(&sink, now += 100));
         usleep(400 * 1000);
         EXPECT_TRUE(reader.poll(&sink, now += 1)) << "stale: the picture goes";
@@ -118,13 +109,13 @@ TEST_F(VideoPlaneTest, StaleAndReplacedPlanesAreDropped) {
         // The next decoder replaces the name while a reader still maps the old.
         VideoPlaneWriter next;
         ASSERT_EQ(next.create(), 0);
-        publish(next, VideoRect{10, 10, 32, 32}, 2);
+        publishFrame(next, VideoRect{10, 10, 32, 32}, 2);
         EXPECT_TRUE(reader.poll(&sink, now += 100));
         EXPECT_EQ(sink.firstPixels.back(), 2u);
 
         VideoPlaneWriter third;
         ASSERT_EQ(third.create(), 0);
-        publish(third, VideoRect{20, 20, 16, 16}, 3);
+        publishFrame(third, VideoRect{20, 20, 16, 16}, 3);
         EXPECT_TRUE(reader.poll(&sink, now += 100)) << "the replaced plane's picture goes";
         EXPECT_EQ(reader.rect().w, 0);
         EXPECT_TRUE(reader.poll(&sink, now += 100));
@@ -142,11 +133,11 @@ TEST_F(VideoPlaneTest, ACopyOverrunByTheDecoderIsTakenAgain) {
     ASSERT_EQ(writer.create(), 0);
     VideoPlaneReader reader;
     RecordingSink sink;
-    publish(writer, VideoRect{0, 0, 8, 8}, 1);
+    publishFrame(writer, VideoRect{0, 0, 8, 8}, 1);
     sink.during = [&] {
         sink.during = nullptr;
-        publish(writer, VideoRect{0, 0, 8, 8}, 2);
-        publish(writer, VideoRect{100, 100, 8, 8}, 3);
+        publishFrame(writer, VideoRect{0, 0, 8, 8}, 2);
+        publishFrame(writer, VideoRect{100, 100, 8, 8}, 3);
     };
     EXPECT_TRUE(reader.poll(&sink, 0));
     ASSERT_EQ(sink.firstPixels.size(), 2u);
