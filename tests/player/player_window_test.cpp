@@ -119,9 +119,10 @@ protected:
         for (int i = 0; i < 300 && lastStarted() != mVideos + file; i++) SDL_Delay(10);
         return lastStarted() == mVideos + file;
     }
-    void reportStatus(const char* state) {
+    void reportStatus(const char* state, long duration = 9000, long position = 9000) {
         writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_STATUS),
-                        std::string("{\"status\":\"") + state + "\",\"duration\":9000,\"position\":9000}");
+                        std::string("{\"status\":\"") + state + "\",\"duration\":" + std::to_string(duration) +
+                            ",\"position\":" + std::to_string(position) + "}");
     }
 
     SDL_Texture* mFrame = nullptr;  // owned
@@ -211,4 +212,28 @@ TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
     pressKey(window, KEY_NONE);
     EXPECT_TRUE(started("/x/x2.mp4"));
+}
+
+// Whatever the decoder reports, the slider stays on its track: a duration
+// that drops to 0 is not known, not the last one, and shows no slider.
+TEST_F(PlayerWindowTest, ReportedTimesAreClampedBeforeTheSliderIsDrawn) {
+    PlayerWindow& window = *openPlayer();
+    playEntry(window, 2);
+    ASSERT_TRUE(started("/a.mp4"));
+    // The bar from its origin to the panel's right edge; the track ends at 1240.
+    const SDL_Rect bar = {670, 475, 590, 20}, pastTrack = {1240, 475, 20, 20};
+    drawFrame(window);
+    const std::vector<Uint32> empty = pixels(bar), emptyPast = pixels(pastTrack);
+
+    const struct { long duration, position; bool slider; } reports[] = {
+        {1000, 500, true}, {0, 3000, false}, {1000, 1000, true}, {0, 2147483647, false},
+    };
+    for (const auto& r : reports) {
+        SDL_FlushEvent(SDL_USEREVENT);
+        reportStatus("playing", r.duration, r.position);
+        ASSERT_TRUE(waitQueued(EVENT_REFRESH));
+        drawFrame(window);
+        ASSERT_EQ(pixels(bar) != empty, r.slider) << r.duration << " " << r.position;
+        ASSERT_TRUE(pixels(pastTrack) == emptyPast) << r.duration << " " << r.position;
+    }
 }
