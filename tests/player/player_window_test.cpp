@@ -199,6 +199,20 @@ TEST_F(PlayerWindowTest, ADeadDecoderShowsStoppedAndTheSameFileStartsAgain) {
     EXPECT_TRUE(started("/a.mp4"));
 }
 
+// A decoder left by a killed run is stopped when the window starts, and
+// one is stopped when the window quits though no file was ever set.
+TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
+    mShell.leaveDecoder();
+    PlayerWindow& window = *openPlayer();
+    ASSERT_TRUE(mShell.waitForLines(1));
+    EXPECT_LT(mShell.findDecoder(), 0);
+    mShell.leaveDecoder();
+    window.quit();
+    ASSERT_TRUE(mShell.waitForLines(2));
+    EXPECT_LT(mShell.findDecoder(), 0);
+    EXPECT_EQ(mShell.lines(), (std::vector<std::string>{"killall avworker", "killall avworker"}));
+}
+
 // Playing x/x1.mp4, then browsing into y: play-on stays in x.
 TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     PlayerWindow& window = *openPlayer();
