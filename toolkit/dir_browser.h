@@ -23,6 +23,8 @@ typedef bool (*DirEntryFilter)(const char* name, const char* path);
 // folders before another folder is read.
 const int kDirEntryLimit = 20000;
 const int kDirCacheEntryLimit = 40000;
+// Deepest start folder taken below the top folder; no real one lies deeper.
+const int kDirDepthLimit = 64;
 
 // Reads folder `dir` into `list` (TextMenuItem pointers, which the list's
 // owner deletes): for every folder and regular file (links followed) asks
@@ -54,6 +56,9 @@ public:
     // Starts afresh: empties the cache and the stack, then shows `startDir`
     // when it lies below `rootDir` (the stack then holds every folder from
     // the top one down to it), else `rootDir`. Null `startDir`: `rootDir`.
+    // Empty and "." names in `startDir` are no level and ".." goes up one; a
+    // `startDir` of PATH_MAX bytes or more, deeper than kDirDepthLimit below
+    // the top or leaving it through ".." shows `rootDir`, with one log line.
     std::vector<void*>* LoadDir(const char* rootDir, const char* startDir);
     // The cached list of `path`, made the most recently used; null on a miss.
     std::vector<void*>* getMenu(const char* path);
