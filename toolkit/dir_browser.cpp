@@ -121,6 +121,7 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     char* const nameInPath = path + dirLen + 1;
 
     std::vector<TextMenuItem*> items;
+    int leftOut = 0;  // past the limit
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
         const char* name = entry->d_name;
         memcpy(nameInPath, name, strlen(name) + 1);
@@ -137,7 +138,10 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
         } else {
             continue;
         }
-        if (items.size() >= size_t(kDirEntryLimit)) break;
+        if (items.size() >= size_t(kDirEntryLimit)) {
+            leftOut++;
+            continue;
+        }
         TextMenuItem* item = handler(name, path, type);
         if (item) items.push_back(item);
     }
@@ -145,6 +149,8 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     insertAll(list, items);
     const int count = int(items.size());
     tprintf("loaddir %s %d\n", dir, count);
+    // The list cannot say so; the log at least does.
+    if (leftOut > 0) tprintf("loaddir %s: %d more folders and files left out\n", dir, leftOut);
     free(path);
     return count;
 }

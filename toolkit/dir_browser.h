@@ -31,8 +31,9 @@ const int kDirDepthLimit = 64;
 // `handler` for an entry and inserts it in list order (additemsorted).
 // Hidden folders are left out, ".." too unless `withParent` is set; files are
 // all offered. At most kDirEntryLimit entries are taken, in the order the file
-// system yields them. Returns the number of entries added, 0 when the folder
-// cannot be opened, -1 when no path buffer could be allocated.
+// system yields them; how many more there were is logged. Returns the number
+// of entries added, 0 when the folder cannot be opened, -1 when no path
+// buffer could be allocated.
 int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent);
 
 // One cached folder.

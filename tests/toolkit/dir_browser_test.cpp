@@ -96,6 +96,20 @@ TEST(LoadDirTest, OddEntriesAreListedOrLeftOutWithoutHarm) {
     chmod(locked.c_str(), 0755);
 }
 
+TEST(LoadDirTest, AFolderOverTheLimitListsItsFirstEntriesAndLogsHowManyMore) {
+    TempFolder top;
+    char name[32];
+    for (int i = 0; i < kDirEntryLimit + 3; i++) {
+        snprintf(name, sizeof name, "f%05d.mkv", i);
+        top.file(name);
+    }
+    std::vector<void*> list;
+    CaptureStdout log;
+    EXPECT_EQ(loaddir(&list, top.path().c_str(), entryFor, 0), kDirEntryLimit);
+    EXPECT_NE(log.finish().find(": 3 more folders and files left out"), std::string::npos);
+    for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
+}
+
 TEST(DirBrowserTest, StartFolderBelowTheTopBuildsTheStackAndOthersShowTheTop) {
     TempFolder t;
     t.file("top/A/B/clip.mkv");
