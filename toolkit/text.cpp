@@ -1,9 +1,11 @@
 #include "text.h"
 
 #include <stdio.h>
+#include <string.h>
 
 #include <vector>
 
+#include "platform/logger.h"
 #include "screen.h"
 #include "utf8.h"
 
@@ -15,24 +17,27 @@ char sTextKeyBuf[2048];  // main thread only
 }  // namespace
 
 KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color color, bool shadow) {
-    if (!font || !text) return nullptr;
+    if (!font || !text || !text[0]) return nullptr;
     snprintf(sTextKeyBuf, sizeof sTextKeyBuf, "%s_%p_%02X_%02X_%02X_%02X_shadow%d", text,
              (void*)font, color.r, color.g, color.b, color.a, shadow ? 1 : 0);
     KovaniSurface* cached = static_cast<KovaniSurface*>(gTextSurfaceCache.get(sTextKeyBuf));
-    if (cached) return cached;
+    if (cached) return dynamic_cast<AbsentSurface*>(cached) ? nullptr : cached;
 
     // Skin colours carry alpha 0 and still mean visible text; not every
     // SDL_ttf release renders alpha 0 as opaque by itself.
     SDL_Color ink = color;
     if (ink.a == 0) ink.a = 255;
     SDL_Surface* rendered = TTF_RenderUTF8_Blended(font, text, ink);
-    if (!rendered) return nullptr;
-    SDL_Texture* texture = SDL_CreateTextureFromSurface(gRenderer, rendered);
-    KovaniSurface* surface = nullptr;
-    if (texture)
-        surface = new SDL2KovaniSurface(texture, rendered);
-    else
+    SDL_Texture* texture = rendered ? SDL_CreateTextureFromSurface(gRenderer, rendered) : nullptr;
+    if (!texture) {
+        // Remembered like a text drawn: one that cannot be (wider than the
+        // largest texture) is tried once, not on every frame.
+        tprintf("text \"%.40s\" (%zu bytes) cannot be drawn: %s\n", text, strlen(text), SDL_GetError());
         SDL_FreeSurface(rendered);
+        gTextSurfaceCache.put(sTextKeyBuf, new AbsentSurface());
+        return nullptr;
+    }
+    KovaniSurface* surface = new SDL2KovaniSurface(texture, rendered);
     gTextSurfaceCache.put(sTextKeyBuf, surface);
     return surface;
 }

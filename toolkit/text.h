@@ -22,9 +22,10 @@ enum {
 };
 
 // `text` rendered in `font` and `color`, from gTextSurfaceCache or rendered
-// and put there; NULL when it cannot be rendered. The cache owns the result:
-// never delete it, and do not keep it across another put on the cache. A
-// colour with alpha 0 renders opaque.
+// and put there; NULL when it cannot be rendered (logged when first tried;
+// the cache keeps the failure as it keeps a text). The cache owns the
+// result: never delete it, and do not keep it across another put on the
+// cache. A colour with alpha 0 renders opaque.
 KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color color, bool shadow);
 
 // Draws `text` placed in `box` by `align` (never clipped to it), with a copy

@@ -45,20 +45,6 @@ bool sStatusValid = false;
 long sStatusReadMs = 0;
 bool sCapacityReadable = true;  // last outcome, to log a change once
 
-// Takes the place of an icon whose file could not be loaded in gIconCache,
-// so the file is not searched for on every frame. Goes with the cache.
-class AbsentIcon : public KovaniSurface {
-public:
-    int setBlendMode(SDL_BlendMode) override { return -1; }
-    int setAlpha(unsigned char) override { return -1; }
-    int getBlendMode(SDL_BlendMode*) override { return -1; }
-    int getAlpha(unsigned char*) override { return -1; }
-    int render(SDL_Rect*, SDL_Rect*, bool, const char*) override { return -1; }
-    int getWidth() override { return 0; }
-    int getHeight() override { return 0; }
-    void* getPixels(int*, int*, int*, int*) override { return nullptr; }
-};
-
 // The first line of a small sysfs file; false when it cannot be read.
 bool readLine(int pathId, char* buf, int size) {
     buf[0] = '\0';
@@ -143,7 +129,8 @@ void draw_bar_icon(const SDL_Rect& slot, const char* name) {
         icon = LoadKovaniSurface(gThemePath, "./", name);
         if (!icon) {
             tprintf("status icon %s not found\n", name);
-            icon = new AbsentIcon();
+            // Not searched for again on every frame.
+            icon = new AbsentSurface();
         }
         gIconCache.put(name, icon);
     }
