@@ -19,6 +19,7 @@
 #include "toolkit/shared_skin.h"
 #include "platform/sysutil.h"
 #include "toolkit/text.h"
+#include "toolkit/window_bars.h"
 
 namespace {
 
@@ -537,7 +538,7 @@ int PlayerWindow::draw() {
         clearTransparent();
         drawStaticParts();
     }
-    drawNavBar(0);
+    const int icons = drawNavBar(0);
     drawPanelTimes();
 
     if (sLoading) {
@@ -546,7 +547,8 @@ int PlayerWindow::draw() {
         return 0;
     }
     if (!mCurrentName.empty())
-        DrawString(gStatFont, SDL_Rect{90, 27, 0, 0}, mCurrentName.c_str(), gListColorTxt, ALIGN_TOP_LEFT);
+        DrawStringFitted(gStatFont, SDL_Rect{90, 27, navBarTitleRight(icons) - 90, 0}, mCurrentName.c_str(),
+                         gListColorTxt);
     mMenu.draw();
     return 0;
 }

@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <string>
 #include <vector>
 
 #include "platform/logger.h"
@@ -80,6 +81,33 @@ int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, 
 
 int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align) {
     return DrawString(font, box, text, color, align, false, false);
+}
+
+int DrawStringFitted(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color) {
+    if (!font || !text || box.w <= 0) return 0;
+    std::string cut;
+    int width = 0;
+    if (TTF_SizeUTF8(font, text, &width, nullptr) == 0 && width > box.w) {
+        // The longest start that fits with "..." after it. Glyphs are at
+        // least a pixel wide, so no more than box.w code points are tried.
+        int low = 0, high = SDL_min(utf8Length(text), box.w);
+        while (low < high) {
+            const int mid = (low + high + 1) / 2;
+            if (TTF_SizeUTF8(font, (utf8Substr(text, 0, mid) + "...").c_str(), &width, nullptr) == 0 &&
+                width <= box.w)
+                low = mid;
+            else
+                high = mid - 1;
+        }
+        cut = utf8Substr(text, 0, low) + "...";
+        text = cut.c_str();
+    }
+    KovaniSurface* s = getCachedSurface(font, text, color, false);
+    if (!s) return 0;
+    SDL_Rect src = {0, 0, SDL_min(s->getWidth(), box.w), s->getHeight()};
+    SDL_Rect dst = {box.x, box.y, src.w, src.h};
+    s->render(&src, &dst, false, nullptr);
+    return src.w;
 }
 
 int getTruncateLen(TTF_Font* font, const char* text, int width, int) {

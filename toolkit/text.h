@@ -36,6 +36,11 @@ int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, 
                bool shadow, bool skipText);
 int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align);
 
+// Draws `text` from the top left of `box` and never past box.x + box.w: a
+// longer text is cut after a whole code point and ends in "...", and what
+// still overhangs is clipped. Returns the width drawn. Main thread only.
+int DrawStringFitted(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color);
+
 // 0 when `text` fits a column `width` pixels wide (less a margin), else the
 // number of leading code points to keep before an ellipsis. The last
 // argument is not used.

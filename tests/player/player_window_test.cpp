@@ -213,6 +213,22 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     EXPECT_EQ(mShell.lines(), (std::vector<std::string>{"killall avworker", "killall avworker"}));
 }
 
+// The name under the cursor stands in the title line; a long one ends
+// short of the status icons (here 0 % and sound, from x 1139 on).
+TEST_F(PlayerWindowTest, ALongNameInTheTitleLineEndsLeftOfTheStatusIcons) {
+    std::string name;
+    for (int i = 0; i < 80; i++) name += "\xe8\xa7\x86";  // U+89C6
+    writeFileAtomic(mVideos + "/" + name + ".mp4", "");
+    PlayerWindow& window = *openPlayer();
+    const SDL_Rect icons = {1139, 15, 141, 50}, beforeIcons = {1000, 15, 139, 50};
+    drawFrame(window);
+    const std::vector<Uint32> shortIcons = pixels(icons), shortBefore = pixels(beforeIcons);
+    for (int i = 0; i < 5; i++) pressKey(window, KEY_DOWN);  // past x, y, a, b, c
+    drawFrame(window);
+    EXPECT_TRUE(pixels(icons) == shortIcons);
+    EXPECT_FALSE(pixels(beforeIcons) == shortBefore) << "the name uses the room up to them";
+}
+
 // Playing x/x1.mp4, then browsing into y: play-on stays in x.
 TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     PlayerWindow& window = *openPlayer();
