@@ -6,6 +6,7 @@
 #include "app_options.h"
 #include "player_lang.h"
 #include "toolkit/dir_browser.h"
+#include "toolkit/folder_change.h"
 #include "toolkit/keycodes.h"
 #include "platform/logger.h"
 #include "toolkit/shared_skin.h"
@@ -30,12 +31,11 @@ bool hasVideoExtension(const char* name) {
     return false;
 }
 
-bool pushEvent(int code, void* data) {
+bool pushEvent(int code) {
     SDL_Event event;
     memset(&event, 0, sizeof event);
     event.type = SDL_USEREVENT;
     event.user.code = code;
-    event.user.data1 = data;
     return SDL_PushEvent(&event) >= 0;
 }
 
@@ -59,10 +59,9 @@ int PlayerFileAction::dowork(void*) {
             tprintf("openfile_action no suffix %s\n", mPath.c_str());
             return -1;
         }
-        if (!pushEvent(EVENT_PLAY_FILE, nullptr)) tprintf("Failed to push play SDL event\n");
+        if (!pushEvent(EVENT_PLAY_FILE)) tprintf("Failed to push play SDL event\n");
     } else if (mFileType == FILE_ACTION_FOLDER) {
-        // The path stays valid: this action lives as long as its list entry.
-        if (!pushEvent(EVENT_CHDIR, (void*)mPath.c_str())) tprintf("Failed to push SDL event\n");
+        postFolderChange(mPath.c_str());
     }
     return 0;
 }
@@ -128,7 +127,7 @@ int prepare_file_browser_thread(void* arg) {
     const bool found = menu->checkUserFile();
     sLoading = false;
     // Wakes the main loop to show the list.
-    pushEvent(EVENT_REFRESH, nullptr);
-    if (found && !pushEvent(EVENT_PLAY_FILE, nullptr)) tprintf("Failed to push play SDL event\n");
+    pushEvent(EVENT_REFRESH);
+    if (found && !pushEvent(EVENT_PLAY_FILE)) tprintf("Failed to push play SDL event\n");
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <cjson/cJSON.h>
 #include <fcntl.h>
+#include <limits.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -78,7 +79,11 @@ int loadPlayerConfig() {
             gPlayerRotation = (PLAYER_ROTATION)numberInRange(doc, "rotation", 0, 3, VIDEO_ROTATE_DEGREE_0);
             gPlayerSpeed = (PLAYER_SPEED)numberInRange(doc, "speed", 0, 8, VIDEO_SPEED_1);
             const cJSON* dir = cJSON_GetObjectItemCaseSensitive(doc, "dir");
-            if (cJSON_IsString(dir)) gSavedDir = dir->valuestring;
+            // No folder path is that long; the list would open the top folder.
+            if (cJSON_IsString(dir) && strlen(dir->valuestring) >= PATH_MAX)
+                tprintf("player settings: a folder of %zu bytes, ignored\n", strlen(dir->valuestring));
+            else if (cJSON_IsString(dir))
+                gSavedDir = dir->valuestring;
             const cJSON* track = cJSON_GetObjectItemCaseSensitive(doc, "audiotrack");
             if (cJSON_IsNumber(track)) gAudioTrack = track->valueint;
             cJSON_Delete(doc);

@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include <algorithm>
 #include <functional>
 
 #include "app_options.h"
@@ -18,6 +19,7 @@
 #include "toolkit/shared_skin.h"
 #include "platform/sysutil.h"
 #include "toolkit/text.h"
+#include "toolkit/window_bars.h"
 
 namespace {
 
@@ -360,12 +362,13 @@ int PlayerWindow::handleCode(int code) {
     }
 }
 
+// The panel shows the report as it stands: a duration of 0 (not known yet)
+// shows as 0, never as an earlier file's, and the position lies within
+// [0, duration], so nothing drawn from them leaves the panel.
 void PlayerWindow::readPlayerTimes() {
     if (!mPlaying) return;
-    const int duration = mPlayer.getDurationMS();
-    const int position = mPlayer.getPositionMS();
-    if (duration > 0) mDurationMS = duration;
-    if (position > 0) mPositionMS = position;
+    mDurationMS = std::max(0, mPlayer.getDurationMS());
+    mPositionMS = std::clamp(mPlayer.getPositionMS(), 0, mDurationMS);
 }
 
 void PlayerWindow::drawTimes(int y) {
@@ -384,7 +387,10 @@ void PlayerWindow::drawProgress(KovaniSurface* background, int x, int y, int tra
     const int middle = mProgressMiddle->getWidth();
     drawAt(mProgressLeft, x, y);
     if (middle <= 0) return;
-    const int64_t n = ((int64_t)(track - left - right) * mPositionMS) / ((int64_t)mDurationMS * middle);
+    // Never more pieces than the track holds, whatever the times say.
+    const int room = std::max(0, track - left - right);
+    const int64_t n = std::min<int64_t>(((int64_t)room * mPositionMS) / ((int64_t)mDurationMS * middle),
+                                        room / middle);
     for (int64_t i = 0; i < n; i++) drawAt(mProgressMiddle, x + left + (int)i * middle, y);
     drawAt(mProgressRight, x + left + (int)n * middle, y);
 }
@@ -439,11 +445,11 @@ uint64_t PlayerWindow::viewKey() {
     if (mPlaying) {
         // Whole seconds for the times, and the slider in pieces of the bar
         // on screen: a report that moves neither draws nothing.
-        const int64_t duration = SDL_max(0, mPlayer.getDurationMS());
-        const int64_t position = SDL_max(0, mPlayer.getPositionMS());
+        const int duration = std::max(0, mPlayer.getDurationMS());
+        const int64_t position = std::clamp(mPlayer.getPositionMS(), 0, duration);
         const int64_t piece = mProgressMiddle ? SDL_max(1, mProgressMiddle->getWidth()) : 1;
         const int64_t track = mFullscreenMode ? 1200 : 570;
-        const int64_t bar = duration > 0 ? SDL_min(position, duration) * track / (duration * piece) : 0;
+        const int64_t bar = duration > 0 ? position * track / (duration * piece) : 0;
         key ^= (uint64_t)(duration / 1000) << 32 ^ (uint64_t)(position / 1000) << 11 ^ (uint64_t)bar;
     }
     return key;
@@ -532,7 +538,7 @@ int PlayerWindow::draw() {
         clearTransparent();
         drawStaticParts();
     }
-    drawNavBar(0);
+    const int icons = drawNavBar(0);
     drawPanelTimes();
 
     if (sLoading) {
@@ -541,7 +547,8 @@ int PlayerWindow::draw() {
         return 0;
     }
     if (!mCurrentName.empty())
-        DrawString(gStatFont, SDL_Rect{90, 27, 0, 0}, mCurrentName.c_str(), gListColorTxt, ALIGN_TOP_LEFT);
+        DrawStringFitted(gStatFont, SDL_Rect{90, 27, navBarTitleRight(icons) - 90, 0}, mCurrentName.c_str(),
+                         gListColorTxt);
     mMenu.draw();
     return 0;
 }

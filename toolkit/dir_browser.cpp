@@ -71,6 +71,30 @@ const char* belowRoot(const char* rootDir, const char* startDir) {
     return nullptr;
 }
 
+// The folder names that `rest` walks down through below the top folder:
+// empty and "." names are no level, ".." goes up one. False when it leaves
+// the top folder or goes deeper than kDirDepthLimit.
+bool namesBelowRoot(const char* rest, std::vector<std::string>* names) {
+    while (*rest) {
+        while (*rest == '/') rest++;
+        if (!*rest) break;
+        const char* end = strchr(rest, '/');
+        const size_t len = end ? size_t(end - rest) : strlen(rest);
+        const std::string name(rest, len);
+        rest += len;
+        if (name == ".") continue;
+        if (name == "..") {
+            if (names->empty()) return false;
+            names->pop_back();
+        } else if (names->size() >= size_t(kDirDepthLimit)) {
+            return false;
+        } else {
+            names->push_back(name);
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent) {
@@ -97,6 +121,7 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     char* const nameInPath = path + dirLen + 1;
 
     std::vector<TextMenuItem*> items;
+    int leftOut = 0;  // past the limit
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
         const char* name = entry->d_name;
         memcpy(nameInPath, name, strlen(name) + 1);
@@ -113,7 +138,10 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
         } else {
             continue;
         }
-        if (items.size() >= size_t(kDirEntryLimit)) break;
+        if (items.size() >= size_t(kDirEntryLimit)) {
+            leftOut++;
+            continue;
+        }
         TextMenuItem* item = handler(name, path, type);
         if (item) items.push_back(item);
     }
@@ -121,6 +149,8 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     insertAll(list, items);
     const int count = int(items.size());
     tprintf("loaddir %s %d\n", dir, count);
+    // The list cannot say so; the log at least does.
+    if (leftOut > 0) tprintf("loaddir %s: %d more folders and files left out\n", dir, leftOut);
     free(path);
     return count;
 }
@@ -137,25 +167,26 @@ std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDi
     mDirStack.push_back(rootDir);
 
     const char* rest = belowRoot(rootDir, startDir);
+    // The start folder comes from a settings file that anyone can write: it
+    // is checked before any of it is used, and logged cut short.
+    std::vector<std::string> names;
+    if (rest && (strlen(startDir) >= PATH_MAX || !namesBelowRoot(rest, &names))) {
+        tprintf("start folder %.200s (%zu bytes) is not a folder below %s; showing the top\n", startDir,
+                strlen(startDir), rootDir);
+        rest = nullptr;
+    }
     if (!rest) return readIntoCache(rootDir, false);
 
-    // One stack level per folder name below the top folder; empty names
-    // (doubled or trailing "/") are no level.
     std::string running = rootDir;
-    while (*rest) {
-        while (*rest == '/') rest++;
-        if (!*rest) break;
-        const char* end = strchr(rest, '/');
-        const size_t len = end ? size_t(end - rest) : strlen(rest);
+    for (const std::string& name : names) {
         running += '/';
-        running.append(rest, len);
+        running += name;
         mDirStack.push_back(running);
-        rest += len;
     }
     for (size_t i = 0; i < mDirStack.size(); i++) tprintf("dir %d %s\n", int(i), mDirStack[i].c_str());
 
     std::vector<void*>* list = new std::vector<void*>;
-    loaddir(list, startDir, mHandler, mDirStack.size() >= 2);
+    loaddir(list, mDirStack.back().c_str(), mHandler, mDirStack.size() >= 2);
     mCache.push_back(MenuCache{mDirStack.back(), list});
     return list;
 }

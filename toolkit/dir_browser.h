@@ -23,14 +23,17 @@ typedef bool (*DirEntryFilter)(const char* name, const char* path);
 // folders before another folder is read.
 const int kDirEntryLimit = 20000;
 const int kDirCacheEntryLimit = 40000;
+// Deepest start folder taken below the top folder; no real one lies deeper.
+const int kDirDepthLimit = 64;
 
 // Reads folder `dir` into `list` (TextMenuItem pointers, which the list's
 // owner deletes): for every folder and regular file (links followed) asks
 // `handler` for an entry and inserts it in list order (additemsorted).
 // Hidden folders are left out, ".." too unless `withParent` is set; files are
 // all offered. At most kDirEntryLimit entries are taken, in the order the file
-// system yields them. Returns the number of entries added, 0 when the folder
-// cannot be opened, -1 when no path buffer could be allocated.
+// system yields them; how many more there were is logged. Returns the number
+// of entries added, 0 when the folder cannot be opened, -1 when no path
+// buffer could be allocated.
 int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent);
 
 // One cached folder.
@@ -54,6 +57,9 @@ public:
     // Starts afresh: empties the cache and the stack, then shows `startDir`
     // when it lies below `rootDir` (the stack then holds every folder from
     // the top one down to it), else `rootDir`. Null `startDir`: `rootDir`.
+    // Empty and "." names in `startDir` are no level and ".." goes up one; a
+    // `startDir` of PATH_MAX bytes or more, deeper than kDirDepthLimit below
+    // the top or leaving it through ".." shows `rootDir`, with one log line.
     std::vector<void*>* LoadDir(const char* rootDir, const char* startDir);
     // The cached list of `path`, made the most recently used; null on a miss.
     std::vector<void*>* getMenu(const char* path);

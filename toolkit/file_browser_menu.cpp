@@ -2,6 +2,7 @@
 
 #include <string.h>
 
+#include "folder_change.h"
 #include "input.h"
 #include "keycodes.h"
 #include "platform/logger.h"
@@ -55,12 +56,28 @@ void FileBrowserMenu::showFirstEntries() {
     restorePos(0, 0, n > 0 ? SDL_min(kLastShownAfterChange, n - 1) : 0);
 }
 
-int FileBrowserMenu::changeDir(const char* path) {
-    tprintf("change dir %s\n", path);
-    if (isParentPath(path))
+bool FileBrowserMenu::showsEntry(const std::string& path) {
+    const int n = getListNum();
+    for (int i = 0; i < n; i++) {
+        TextMenuItem* item = static_cast<TextMenuItem*>(getItemByIndex(i));
+        const FileAction* action = item ? dynamic_cast<const FileAction*>(item->getAction()) : nullptr;
+        if (action && action->mPath == path) return true;
+    }
+    return false;
+}
+
+int FileBrowserMenu::changeDir(const std::string& path) {
+    tprintf("change dir %s\n", path.c_str());
+    // Keys queued before the change are handled first: they may have left
+    // the folder it was chosen in.
+    if (!showsEntry(path)) {
+        tprintf("change dir %s: not in the folder shown, ignored\n", path.c_str());
+        return EVENT_CHDIR;
+    }
+    if (isParentPath(path.c_str()))
         mCurrentMenu = mDirBrowser.ParentDir();
     else
-        mCurrentMenu = mDirBrowser.ChildDir(path);
+        mCurrentMenu = mDirBrowser.ChildDir(path.c_str());
     showFirstEntries();
     tprintf("change dir return %d\n", EVENT_CHDIR);
     return EVENT_CHDIR;
@@ -80,8 +97,8 @@ int FileBrowserMenu::eventHandling() {
     // action.
     if (isConfirmKey(r)) return EVENT_CHDIR;
     if (r == EVENT_CHDIR && event.type == SDL_USEREVENT && event.user.code == EVENT_CHDIR) {
-        const char* path = static_cast<const char*>(event.user.data1);
-        if (!path) {
+        std::string path;
+        if (!takeFolderChange(event, &path)) {
             tprintf("change dir without a path\n");
             return r;
         }

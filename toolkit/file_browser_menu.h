@@ -13,9 +13,9 @@ extern TextMenuItem* file_handler(const char* name, const char* path, int type);
 extern bool file_filter(const char* name, const char* path);
 
 // The text list of one folder's entries. The user walks down into folders
-// (a folder entry's action posts EVENT_CHDIR with the folder's path in
-// data1) and back up, never above the top folder. Main thread only, except
-// LoadDir (see there).
+// (a folder entry's action calls postFolderChange, folder_change.h) and
+// back up, never above the top folder. Main thread only, except LoadDir
+// (see there).
 class FileBrowserMenu : public TextMenuDrawer {
 public:
     // Top folder `rootDir`, first shown `startDir` (null or "": the top
@@ -35,8 +35,9 @@ public:
     void draw() override;
     // The list's key handling, then: the back key goes up a folder
     // (WINDOW_CLOSE in the top folder), EVENT_CHDIR opens the folder it
-    // names; both return EVENT_CHDIR, as does the confirm key once the
-    // chosen entry's action has run.
+    // names when that is an entry of the folder shown (a change chosen in a
+    // folder left since is stale and does nothing); both return EVENT_CHDIR,
+    // as does the confirm key once the chosen entry's action has run.
     int eventHandling() override;
 
     std::string mRootDir;
@@ -47,5 +48,6 @@ public:
 private:
     // Cursor on the first entry, first six entries shown.
     void showFirstEntries();
-    int changeDir(const char* path);
+    bool showsEntry(const std::string& path);
+    int changeDir(const std::string& path);
 };

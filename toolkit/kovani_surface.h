@@ -25,6 +25,21 @@ public:
     virtual void* getPixels(int* pitch, int* bytesPerPixel, int* maxWidth, int* maxHeight) = 0;
 };
 
+// Stands in a cache for an image or a text that could not be made, so that
+// it is not tried again while the cache keeps its place. Draws nothing; its
+// size is 0 x 0.
+class AbsentSurface : public KovaniSurface {
+public:
+    int setBlendMode(SDL_BlendMode) override { return -1; }
+    int setAlpha(unsigned char) override { return -1; }
+    int getBlendMode(SDL_BlendMode*) override { return -1; }
+    int getAlpha(unsigned char*) override { return -1; }
+    int render(SDL_Rect*, SDL_Rect*, bool, const char*) override { return -1; }
+    int getWidth() override { return 0; }
+    int getHeight() override { return 0; }
+    void* getPixels(int*, int*, int*, int*) override { return nullptr; }
+};
+
 class SDL2KovaniSurface : public KovaniSurface {
 public:
     // Takes ownership of both; `pixels` may be NULL.

@@ -1,9 +1,12 @@
 #include "text.h"
 
 #include <stdio.h>
+#include <string.h>
 
+#include <string>
 #include <vector>
 
+#include "platform/logger.h"
 #include "screen.h"
 #include "utf8.h"
 
@@ -15,24 +18,27 @@ char sTextKeyBuf[2048];  // main thread only
 }  // namespace
 
 KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color color, bool shadow) {
-    if (!font || !text) return nullptr;
+    if (!font || !text || !text[0]) return nullptr;
     snprintf(sTextKeyBuf, sizeof sTextKeyBuf, "%s_%p_%02X_%02X_%02X_%02X_shadow%d", text,
              (void*)font, color.r, color.g, color.b, color.a, shadow ? 1 : 0);
     KovaniSurface* cached = static_cast<KovaniSurface*>(gTextSurfaceCache.get(sTextKeyBuf));
-    if (cached) return cached;
+    if (cached) return dynamic_cast<AbsentSurface*>(cached) ? nullptr : cached;
 
     // Skin colours carry alpha 0 and still mean visible text; not every
     // SDL_ttf release renders alpha 0 as opaque by itself.
     SDL_Color ink = color;
     if (ink.a == 0) ink.a = 255;
     SDL_Surface* rendered = TTF_RenderUTF8_Blended(font, text, ink);
-    if (!rendered) return nullptr;
-    SDL_Texture* texture = SDL_CreateTextureFromSurface(gRenderer, rendered);
-    KovaniSurface* surface = nullptr;
-    if (texture)
-        surface = new SDL2KovaniSurface(texture, rendered);
-    else
+    SDL_Texture* texture = rendered ? SDL_CreateTextureFromSurface(gRenderer, rendered) : nullptr;
+    if (!texture) {
+        // Remembered like a text drawn: one that cannot be (wider than the
+        // largest texture) is tried once, not on every frame.
+        tprintf("text \"%.40s\" (%zu bytes) cannot be drawn: %s\n", text, strlen(text), SDL_GetError());
         SDL_FreeSurface(rendered);
+        gTextSurfaceCache.put(sTextKeyBuf, new AbsentSurface());
+        return nullptr;
+    }
+    KovaniSurface* surface = new SDL2KovaniSurface(texture, rendered);
     gTextSurfaceCache.put(sTextKeyBuf, surface);
     return surface;
 }
@@ -75,6 +81,33 @@ int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, 
 
 int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align) {
     return DrawString(font, box, text, color, align, false, false);
+}
+
+int DrawStringFitted(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color) {
+    if (!font || !text || box.w <= 0) return 0;
+    std::string cut;
+    int width = 0;
+    if (TTF_SizeUTF8(font, text, &width, nullptr) == 0 && width > box.w) {
+        // The longest start that fits with "..." after it. Glyphs are at
+        // least a pixel wide, so no more than box.w code points are tried.
+        int low = 0, high = SDL_min(utf8Length(text), box.w);
+        while (low < high) {
+            const int mid = (low + high + 1) / 2;
+            if (TTF_SizeUTF8(font, (utf8Substr(text, 0, mid) + "...").c_str(), &width, nullptr) == 0 &&
+                width <= box.w)
+                low = mid;
+            else
+                high = mid - 1;
+        }
+        cut = utf8Substr(text, 0, low) + "...";
+        text = cut.c_str();
+    }
+    KovaniSurface* s = getCachedSurface(font, text, color, false);
+    if (!s) return 0;
+    SDL_Rect src = {0, 0, SDL_min(s->getWidth(), box.w), s->getHeight()};
+    SDL_Rect dst = {box.x, box.y, src.w, src.h};
+    s->render(&src, &dst, false, nullptr);
+    return src.w;
 }
 
 int getTruncateLen(TTF_Font* font, const char* text, int width, int) {

@@ -22,9 +22,10 @@ enum {
 };
 
 // `text` rendered in `font` and `color`, from gTextSurfaceCache or rendered
-// and put there; NULL when it cannot be rendered. The cache owns the result:
-// never delete it, and do not keep it across another put on the cache. A
-// colour with alpha 0 renders opaque.
+// and put there; NULL when it cannot be rendered (logged when first tried;
+// the cache keeps the failure as it keeps a text). The cache owns the
+// result: never delete it, and do not keep it across another put on the
+// cache. A colour with alpha 0 renders opaque.
 KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color color, bool shadow);
 
 // Draws `text` placed in `box` by `align` (never clipped to it), with a copy
@@ -34,6 +35,11 @@ KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color colo
 int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align,
                bool shadow, bool skipText);
 int DrawString(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color, int align);
+
+// Draws `text` from the top left of `box` and never past box.x + box.w: a
+// longer text is cut after a whole code point and ends in "...", and what
+// still overhangs is clipped. Returns the width drawn. Main thread only.
+int DrawStringFitted(TTF_Font* font, SDL_Rect box, const char* text, SDL_Color color);
 
 // 0 when `text` fits a column `width` pixels wide (less a margin), else the
 // number of leading code points to keep before an ellipsis. The last

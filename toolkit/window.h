@@ -33,8 +33,8 @@ public:
 
     // The top and bottom bars every full-screen window draws, at vertical
     // offset y (window_bars.cpp). drawNavBar returns the width the status
-    // icons take from the right edge; drawStatBar the x just past its last
-    // button tip.
+    // icons take from the right edge (the title is cut to end left of them,
+    // at navBarTitleRight); drawStatBar the x just past its last button tip.
     virtual int drawNavBar(int y);
     virtual int drawStatBar(int y);
 

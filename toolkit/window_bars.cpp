@@ -28,6 +28,8 @@ const long kStatusPeriodMs = 1000;
 const int kTipRowH = 70;
 const int kTipGap = 24;
 const int kTipTextGap = 10;
+const int kTitleX = 110;
+const int kTitleGap = 10;
 
 // What the top bar shows besides sound and Wi-Fi. Reading it means sysfs
 // files and two walks of the process table, so it is kept for a second.
@@ -44,20 +46,6 @@ BarStatus sStatus;
 bool sStatusValid = false;
 long sStatusReadMs = 0;
 bool sCapacityReadable = true;  // last outcome, to log a change once
-
-// Takes the place of an icon whose file could not be loaded in gIconCache,
-// so the file is not searched for on every frame. Goes with the cache.
-class AbsentIcon : public KovaniSurface {
-public:
-    int setBlendMode(SDL_BlendMode) override { return -1; }
-    int setAlpha(unsigned char) override { return -1; }
-    int getBlendMode(SDL_BlendMode*) override { return -1; }
-    int getAlpha(unsigned char*) override { return -1; }
-    int render(SDL_Rect*, SDL_Rect*, bool, const char*) override { return -1; }
-    int getWidth() override { return 0; }
-    int getHeight() override { return 0; }
-    void* getPixels(int*, int*, int*, int*) override { return nullptr; }
-};
 
 // The first line of a small sysfs file; false when it cannot be read.
 bool readLine(int pathId, char* buf, int size) {
@@ -143,7 +131,8 @@ void draw_bar_icon(const SDL_Rect& slot, const char* name) {
         icon = LoadKovaniSurface(gThemePath, "./", name);
         if (!icon) {
             tprintf("status icon %s not found\n", name);
-            icon = new AbsentIcon();
+            // Not searched for again on every frame.
+            icon = new AbsentSurface();
         }
         gIconCache.put(name, icon);
     }
@@ -184,12 +173,9 @@ int draw_battery_icon(int y) {
     return textW + (status.charging ? 72 : 54);
 }
 
+int navBarTitleRight(int iconsWidth) { return kIconAnchorX - iconsWidth + BAR_SLOT_PITCH - kTitleGap; }
+
 int KovaniWindow::drawNavBar(int y) {
-    const char* title = getTitle();
-    if (title && title[0]) {
-        const SDL_Rect box = {110, y + 22, 0, 0};
-        DrawString(gNavFont, box, title, gNavColorTxt, ALIGN_TOP_LEFT);
-    }
     if (gIconBack) {
         SDL_Rect at = {20, y + 12, 0, 0};
         gIconBack->render(nullptr, &at, true, nullptr);
@@ -232,6 +218,13 @@ int KovaniWindow::drawNavBar(int y) {
     if (status.btHeadphone) {
         drawIconAt(x, y, "skin/icon-bluetooth-headphone.png");
         used += BAR_SLOT_PITCH;
+    }
+
+    // Last: a long title (long CJK names) is cut to the room the icons leave.
+    const char* title = getTitle();
+    if (title && title[0]) {
+        const SDL_Rect box = {kTitleX, y + 22, navBarTitleRight(used) - kTitleX, 0};
+        DrawStringFitted(gNavFont, box, title, gNavColorTxt);
     }
     return used;
 }

@@ -17,6 +17,10 @@ enum { BAR_SLOT_W = 33, BAR_SLOT_H = 32, BAR_SLOT_TOP = 19, BAR_SLOT_PITCH = 42 
 // and is not looked for again while the cache keeps its place.
 void draw_bar_icon(const SDL_Rect& slot, const char* name);
 
+// Where a title in a top bar must end, from what drawNavBar returned: short
+// of the leftmost status icon.
+int navBarTitleRight(int iconsWidth);
+
 // Draws the battery group (percentage, level icon, charging plug) of a top
 // bar at offset y, right-aligned at the screen edge; returns its width.
 int draw_battery_icon(int y);

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "platform/device_paths.h"
@@ -28,8 +29,10 @@ protected:
 }  // namespace
 
 TEST_F(PlayerSettingsTest, LoadTakesEachValidMemberAndIgnoresTheRest) {
+    std::string deep = "/mnt/UDISK";
+    for (int i = 0; i < 30000; i++) deep += "/a";
     struct Row {
-        const char* text;  // null: no file
+        std::string text;  // "": no file
         int result, ratio, rotation, speed, track;
         const char* dir;
     } rows[] = {
@@ -39,13 +42,14 @@ TEST_F(PlayerSettingsTest, LoadTakesEachValidMemberAndIgnoresTheRest) {
          0, 0, 3, 0, 2, "/mnt/SDCARD/Films"},
         {R"({"dir": 7, "audiotrack": "1"})", 0, 0, 0, 4, 0, ""},
         {R"({"ratio": 2,)", -1, 0, 0, 4, 0, ""},
-        {nullptr, -1, 0, 0, 4, 0, ""},
+        {"{\"dir\": \"" + deep + "\"}", 0, 0, 0, 4, 0, ""},
+        {"", -1, 0, 0, 4, 0, ""},
     };
     for (const Row& row : rows) {
-        const std::string name = row.text ? row.text : "(none)";
+        const std::string name = row.text.empty() ? "(none)" : row.text.substr(0, 80);
         reset();
         unlink(file().c_str());
-        if (row.text) writeFileAtomic(file(), row.text);
+        if (!row.text.empty()) writeFileAtomic(file(), row.text);
         EXPECT_EQ(loadPlayerConfig(), row.result) << name;
         EXPECT_EQ(gPlayerAspectRatio, row.ratio) << name;
         EXPECT_EQ(gPlayerRotation, row.rotation) << name;
@@ -53,6 +57,8 @@ TEST_F(PlayerSettingsTest, LoadTakesEachValidMemberAndIgnoresTheRest) {
         EXPECT_EQ(gAudioTrack, row.track) << name;
         EXPECT_EQ(gSavedDir, row.dir) << name;
     }
+    const std::string log = mQuiet.finish();
+    EXPECT_LT(std::count(log.begin(), log.end(), '\n'), 10);
 }
 
 TEST_F(PlayerSettingsTest, SaveReplacesTheWholeFileAndLoadsBack) {

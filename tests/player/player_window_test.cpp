@@ -119,9 +119,10 @@ protected:
         for (int i = 0; i < 300 && lastStarted() != mVideos + file; i++) SDL_Delay(10);
         return lastStarted() == mVideos + file;
     }
-    void reportStatus(const char* state) {
+    void reportStatus(const char* state, long duration = 9000, long position = 9000) {
         writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_STATUS),
-                        std::string("{\"status\":\"") + state + "\",\"duration\":9000,\"position\":9000}");
+                        std::string("{\"status\":\"") + state + "\",\"duration\":" + std::to_string(duration) +
+                            ",\"position\":" + std::to_string(position) + "}");
     }
 
     SDL_Texture* mFrame = nullptr;  // owned
@@ -198,6 +199,36 @@ TEST_F(PlayerWindowTest, ADeadDecoderShowsStoppedAndTheSameFileStartsAgain) {
     EXPECT_TRUE(started("/a.mp4"));
 }
 
+// A decoder left by a killed run is stopped when the window starts, and
+// one is stopped when the window quits though no file was ever set.
+TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
+    mShell.leaveDecoder();
+    PlayerWindow& window = *openPlayer();
+    ASSERT_TRUE(mShell.waitForLines(1));
+    EXPECT_LT(mShell.findDecoder(), 0);
+    mShell.leaveDecoder();
+    window.quit();
+    ASSERT_TRUE(mShell.waitForLines(2));
+    EXPECT_LT(mShell.findDecoder(), 0);
+    EXPECT_EQ(mShell.lines(), (std::vector<std::string>{"killall avworker", "killall avworker"}));
+}
+
+// The name under the cursor stands in the title line; a long one ends
+// short of the status icons (here 0 % and sound, from x 1139 on).
+TEST_F(PlayerWindowTest, ALongNameInTheTitleLineEndsLeftOfTheStatusIcons) {
+    std::string name;
+    for (int i = 0; i < 80; i++) name += "\xe8\xa7\x86";  // U+89C6
+    writeFileAtomic(mVideos + "/" + name + ".mp4", "");
+    PlayerWindow& window = *openPlayer();
+    const SDL_Rect icons = {1139, 15, 141, 50}, beforeIcons = {1000, 15, 139, 50};
+    drawFrame(window);
+    const std::vector<Uint32> shortIcons = pixels(icons), shortBefore = pixels(beforeIcons);
+    for (int i = 0; i < 5; i++) pressKey(window, KEY_DOWN);  // past x, y, a, b, c
+    drawFrame(window);
+    EXPECT_TRUE(pixels(icons) == shortIcons);
+    EXPECT_FALSE(pixels(beforeIcons) == shortBefore) << "the name uses the room up to them";
+}
+
 // Playing x/x1.mp4, then browsing into y: play-on stays in x.
 TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     PlayerWindow& window = *openPlayer();
@@ -211,4 +242,28 @@ TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
     pressKey(window, KEY_NONE);
     EXPECT_TRUE(started("/x/x2.mp4"));
+}
+
+// Whatever the decoder reports, the slider stays on its track: a duration
+// that drops to 0 is not known, not the last one, and shows no slider.
+TEST_F(PlayerWindowTest, ReportedTimesAreClampedBeforeTheSliderIsDrawn) {
+    PlayerWindow& window = *openPlayer();
+    playEntry(window, 2);
+    ASSERT_TRUE(started("/a.mp4"));
+    // The bar from its origin to the panel's right edge; the track ends at 1240.
+    const SDL_Rect bar = {670, 475, 590, 20}, pastTrack = {1240, 475, 20, 20};
+    drawFrame(window);
+    const std::vector<Uint32> empty = pixels(bar), emptyPast = pixels(pastTrack);
+
+    const struct { long duration, position; bool slider; } reports[] = {
+        {1000, 500, true}, {0, 3000, false}, {1000, 1000, true}, {0, 2147483647, false},
+    };
+    for (const auto& r : reports) {
+        SDL_FlushEvent(SDL_USEREVENT);
+        reportStatus("playing", r.duration, r.position);
+        ASSERT_TRUE(waitQueued(EVENT_REFRESH));
+        drawFrame(window);
+        ASSERT_EQ(pixels(bar) != empty, r.slider) << r.duration << " " << r.position;
+        ASSERT_TRUE(pixels(pastTrack) == emptyPast) << r.duration << " " << r.position;
+    }
 }

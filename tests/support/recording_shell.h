@@ -38,6 +38,11 @@ public:
         std::lock_guard<std::mutex> hold(mLock);
         return mLines;
     }
+    // A decoder this client did not start runs, as one a killed run left.
+    void leaveDecoder() {
+        std::lock_guard<std::mutex> hold(mLock);
+        mPid = ++mLastPid;
+    }
     // The decoder dies on its own (a crash, a kill from outside).
     void crash() {
         std::lock_guard<std::mutex> hold(mLock);

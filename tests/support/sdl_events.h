@@ -3,25 +3,35 @@
 #include <SDL2/SDL.h>
 #include <gtest/gtest.h>
 
+#include <initializer_list>
+
 #include "toolkit/keycodes.h"
 
-// Pushes a user event carrying `code` (and `data` in data1) and lets the
-// handler (a list, menu or window) take it, plus whatever the handling posts
-// in turn, off the queue. SDL may answer one poll empty after a round of
-// events, so reading goes on while user events are queued. Returns the last
-// result that was not KEY_NONE.
+// Queues user events carrying `codes` all at once, as keys that arrive
+// while the loop is busy, and lets the handler (a list, menu or window) take
+// them, plus whatever the handling posts in turn, off the queue. SDL may
+// answer one poll empty after a round of events, so reading goes on while
+// user events are queued. Returns the last result that was not KEY_NONE.
 template <class Handler>
-int pressKey(Handler& handler, int code, void* data = nullptr) {
-    SDL_Event e = {};
-    e.type = SDL_USEREVENT;
-    e.user.code = code;
-    e.user.data1 = data;
-    EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
+int pressKeys(Handler& handler, std::initializer_list<int> codes, void* data = nullptr) {
+    for (int code : codes) {
+        SDL_Event e = {};
+        e.type = SDL_USEREVENT;
+        e.user.code = code;
+        e.user.data1 = data;
+        EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
+    }
     int result = KEY_NONE;
-    for (int i = 0; i < 8 && SDL_HasEvent(SDL_USEREVENT); i++) {
+    for (size_t i = 0; i < codes.size() + 7 && SDL_HasEvent(SDL_USEREVENT); i++) {
         const int r = handler.eventHandling();
         if (r != KEY_NONE) result = r;
     }
     EXPECT_FALSE(SDL_HasEvent(SDL_USEREVENT)) << "every user event was read";
     return result;
+}
+
+// One user event carrying `code` (and `data` in data1), as pressKeys.
+template <class Handler>
+int pressKey(Handler& handler, int code, void* data = nullptr) {
+    return pressKeys(handler, {code}, data);
 }

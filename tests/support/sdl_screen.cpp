@@ -73,6 +73,12 @@ SDL_Color SdlScreenTest::pixel(int x, int y) {
     return SDL_Color{Uint8(value >> 16), Uint8(value >> 8), Uint8(value), Uint8(value >> 24)};
 }
 
+std::vector<Uint32> SdlScreenTest::pixels(SDL_Rect area) {
+    std::vector<Uint32> out(size_t(area.w) * area.h);
+    SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, out.data(), area.w * 4);
+    return out;
+}
+
 void SdlScreenTest::clear(Uint8 r, Uint8 g, Uint8 b) {
     SDL_SetRenderDrawColor(gRenderer, r, g, b, 255);
     SDL_RenderClear(gRenderer);

@@ -16,6 +16,8 @@ protected:
 
     // Colour of one pixel of the current frame (before it is presented).
     SDL_Color pixel(int x, int y);
+    // The ARGB pixels of `area` of the current frame, row by row.
+    std::vector<Uint32> pixels(SDL_Rect area);
     // Fills the whole frame with one opaque colour.
     void clear(Uint8 r, Uint8 g, Uint8 b);
     // Opens the test font (a Debian font package) at `size` points; closed

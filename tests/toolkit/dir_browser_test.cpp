@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -95,26 +96,51 @@ TEST(LoadDirTest, OddEntriesAreListedOrLeftOutWithoutHarm) {
     chmod(locked.c_str(), 0755);
 }
 
+TEST(LoadDirTest, AFolderOverTheLimitListsItsFirstEntriesAndLogsHowManyMore) {
+    TempFolder top;
+    char name[32];
+    for (int i = 0; i < kDirEntryLimit + 3; i++) {
+        snprintf(name, sizeof name, "f%05d.mkv", i);
+        top.file(name);
+    }
+    std::vector<void*> list;
+    CaptureStdout log;
+    EXPECT_EQ(loaddir(&list, top.path().c_str(), entryFor, 0), kDirEntryLimit);
+    EXPECT_NE(log.finish().find(": 3 more folders and files left out"), std::string::npos);
+    for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
+}
+
 TEST(DirBrowserTest, StartFolderBelowTheTopBuildsTheStackAndOthersShowTheTop) {
     TempFolder t;
     t.file("top/A/B/clip.mkv");
     t.dir("topX/A");
     const std::string top = t / "top";
+    // A start folder too deep for any real one, and one too long for a path.
+    std::string deep = "top", huge = "top";
+    for (int i = 0; i <= kDirDepthLimit; i++) deep += "/A";
+    for (int i = 0; i < 30000; i++) huge += "/A";
     const struct { const char* start; Names stack, shown; } cases[] = {
         {nullptr, {"top"}, {"A"}},
         {"top/A/B", {"top", "top/A", "top/A/B"}, {"..", "clip.mkv"}},
         {"top//A", {"top", "top/A"}, {"..", "B"}},
+        {"top/A/./../A/B", {"top", "top/A", "top/A/B"}, {"..", "clip.mkv"}},
         {"topX/A", {"top"}, {"A"}},
+        {"top/A/../../topX/A", {"top"}, {"A"}},
+        {deep.c_str(), {"top"}, {"A"}},
+        {huge.c_str(), {"top"}, {"A"}},
     };
     DirBrowser browser(entryFor, nullptr);
-    CaptureStdout quiet;
     for (const auto& c : cases) {
         const std::string start = c.start ? t / c.start : "";
+        CaptureStdout log;
         std::vector<void*>* list = browser.LoadDir(top.c_str(), c.start ? start.c_str() : nullptr);
-        const std::string label = c.start ? c.start : "(none)";
+        const std::string logged = log.finish();
+        const std::string label = c.start ? std::string(c.start).substr(0, 40) : "(none)";
         EXPECT_EQ(stack(browser, t.path() + "/"), c.stack) << label;
         EXPECT_EQ(labelsOf(list), c.shown) << label;
         EXPECT_EQ(cached(browser, t.path() + "/"), Names{c.stack.back()}) << label;
+        // A line per stack level and one for the read, or one for the fallback.
+        EXPECT_LE(std::count(logged.begin(), logged.end(), '\n'), long(c.stack.size()) + 2) << label;
     }
 }
 

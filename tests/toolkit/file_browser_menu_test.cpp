@@ -1,6 +1,7 @@
 #include "toolkit/file_browser_menu.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -98,4 +99,27 @@ TEST_F(FileBrowserMenuTest, FolderRemovedWhileOpenShowsNoEntriesWhenReadAgain) {
     EXPECT_EQ(inkBounds(SDL_Color{0, 0, 0, 255}).w, 0);
     EXPECT_EQ(pressKey(menu, KEY_B), EVENT_CHDIR);
     EXPECT_EQ(pressKey(menu, KEY_B), WINDOW_CLOSE);
+}
+
+// A folder chosen while back presses wait in the queue: they are handled
+// before its change, and the third one reads a folder that drops the
+// chosen folder's list from the cache (over 40000 entries). The change must
+// not depend on that list; by then it is stale and changes nothing.
+TEST_F(FileBrowserMenuTest, AFolderChangeQueuedBehindBackPressesOutlivesItsList) {
+    // top/big holds 15000 files and "in", a link to itself: top/big/in/in
+    // lies three folders of 15002 entries below the top.
+    char name[32];
+    for (int i = 0; i < 15000; i++) {
+        snprintf(name, sizeof name, "top/big/f%05d.mkv", i);
+        mFolders.file(name);
+    }
+    ASSERT_EQ(symlink(".", (mFolders / "top/big/in").c_str()), 0);
+    const std::string top = mFolders / "top";
+    FileBrowserMenu menu(top.c_str(), (top + "/big/in/in").c_str(), nullptr, nullptr, 6, 0);
+    menu.LoadDir();
+    pressKey(menu, KEY_DOWN);  // from ".." onto "in"
+    pressKeys(menu, {KEY_A, KEY_B, KEY_B, KEY_B});
+    EXPECT_EQ(current(menu), top);
+    EXPECT_EQ(menu.mDirBrowser.mDirStack.size(), 1u);
+    EXPECT_EQ(labelsOf(menu.mCurrentMenu), (Names{"big"}));
 }

@@ -11,20 +11,20 @@
 
 #include "toolkit/action.h"
 #include "toolkit/dir_browser.h"
+#include "toolkit/folder_change.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/text_menu_item.h"
 
-// Entries as the application makes them: a folder's action posts
-// EVENT_CHDIR with the folder's path in data1, a file's posts
-// EVENT_PLAY_FILE.
+// Entries as the application makes them: a folder's action asks for a
+// folder change, a file's posts EVENT_PLAY_FILE.
 class TestFileAction : public FileAction {
 public:
     TestFileAction(const char* path, int type) : FileAction(path, type) {}
     int dowork(void*) override {
+        if (mFileType == FILE_ACTION_FOLDER) return postFolderChange(mPath.c_str()) ? 0 : -1;
         SDL_Event e = {};
         e.type = SDL_USEREVENT;
-        e.user.code = mFileType == FILE_ACTION_FOLDER ? EVENT_CHDIR : EVENT_PLAY_FILE;
-        if (mFileType == FILE_ACTION_FOLDER) e.user.data1 = (void*)mPath.c_str();
+        e.user.code = EVENT_PLAY_FILE;
         return SDL_PushEvent(&e) == 1 ? 0 : -1;
     }
 };

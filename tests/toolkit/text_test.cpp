@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
+#include "tests/support/capture_stdout.h"
 #include "tests/support/sdl_screen.h"
+#include "toolkit/screen.h"
 #include "toolkit/utf8.h"
 
 namespace {
@@ -101,5 +105,22 @@ TEST_F(TextTest, TruncateLenCutsOnCodePointsWhenTheColumnIsFull) {
         const int n = getTruncateLen(f, text.c_str(), 120, 0);
         EXPECT_GT(n, 0);
         EXPECT_LT(n, utf8Length(text.c_str()));
+    }
+}
+
+// A text that cannot be drawn (of no width, or wider than the largest
+// texture) is tried and logged once, not on every frame.
+TEST_F(TextTest, ATextThatCannotBeDrawnIsTriedAndLoggedOnce) {
+    TTF_Font* f = font(24);
+    SDL_RendererInfo info;
+    ASSERT_EQ(SDL_GetRendererInfo(gRenderer, &info), 0);
+    std::vector<std::string> texts = {"\xe2\x80\x8b"};  // a zero-width space
+    if (info.max_texture_width > 0) texts.push_back(std::string(size_t(info.max_texture_width / 8), 'W'));
+    for (const std::string& text : texts) {
+        CaptureStdout log;
+        for (int frame = 0; frame < 3; frame++)
+            EXPECT_EQ(DrawString(f, SDL_Rect{0, 0, 0, 0}, text.c_str(), sWhite, ALIGN_TOP_LEFT), 0);
+        const std::string logged = log.finish();
+        EXPECT_EQ(std::count(logged.begin(), logged.end(), '\n'), 1) << text.size() << " bytes";
     }
 }

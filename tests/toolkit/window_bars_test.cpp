@@ -76,6 +76,7 @@ public:
 class BarWindow : public KovaniWindow {
 public:
     BarWindow() : KovaniWindow(STRING_MENU, 0) {}
+    const char* getTitle() override { return mTitle ? mTitle : KovaniWindow::getTitle(); }
     int eventHandling() override { return 0; }
     int draw() override { return 0; }
     void quit() override {}
@@ -83,6 +84,7 @@ public:
     void saveState(cJSON*) override {}
     int restoreState(cJSON*) override { return 0; }
     void refresh() override {}
+    const char* mTitle = nullptr;  // not owned; null: the title string id's text
 };
 
 class BarsTest : public DrawTest {
@@ -236,4 +238,34 @@ TEST_F(BarsTest, NetworkIconFollowsSupplicantStateAndSignal) {
         EXPECT_EQ(window.drawNavBar(0), c.used) << name;
         EXPECT_EQ(iconAt(1082, 0), c.icon) << name;
     }
+}
+
+// A long title ends short of the leftmost status icon, whichever icons are
+// shown, and uses the room up to it.
+TEST_F(BarsTest, ALongTitleEndsLeftOfTheStatusIcons) {
+    const SDL_Color white = {255, 255, 255, 255}, oldText = gNavColorTxt, oldIcon = gNavColorIcon;
+    gNavColorTxt = white;
+    gNavColorIcon = {0, 0, 1, 255};
+    BarWindow window;
+    std::string title;
+    for (int i = 0; i < 40; i++) title += "Video ";
+    window.mTitle = title.c_str();
+    writeFileAtomic(mRoot.at(DEVICE_PATH_BT_DEV_ADDR), "12:34:56:78:9A:BC\n");
+    // The leftmost icon: the sound icon, or two Bluetooth icons further.
+    for (int icons : {1124, 1040}) {
+        for (int id : {DEVICE_PATH_BT_READY, DEVICE_PATH_BT_AUDIO}) {
+            if (icons == 1040)
+                writeFileAtomic(mRoot.at(id), "");
+            else
+                remove(mRoot.at(id).c_str());
+        }
+        invalidateBarStatus();
+        clear(kJunk.r, kJunk.g, kJunk.b);
+        EXPECT_EQ(window.drawNavBar(0), 1223 + 42 - icons);
+        EXPECT_EQ(colorBounds(white, {icons, 0, 1280 - icons, 80}).w, 0) << icons;
+        const SDL_Rect drawn = colorBounds(white, {0, 0, icons, 80});
+        EXPECT_GT(drawn.x + drawn.w, icons - 60) << icons;
+    }
+    gNavColorTxt = oldText;
+    gNavColorIcon = oldIcon;
 }
