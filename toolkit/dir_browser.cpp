@@ -12,6 +12,7 @@
 
 #include "entry_order.h"
 #include "platform/logger.h"
+#include "platform/stop_flag.h"
 
 namespace {
 
@@ -73,7 +74,8 @@ const char* belowRoot(const char* rootDir, const char* startDir) {
 
 }  // namespace
 
-int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent) {
+int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent,
+            const StopFlag* stop) {
     if (!list || !dir || !handler) {
         tprintf("loaddir: missing list, folder or handler\n");
         return 0;
@@ -98,6 +100,10 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
 
     std::vector<TextMenuItem*> items;
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
+        if (stop && stop->isSet()) {
+            tprintf("loaddir %s: stopped\n", dir);
+            break;
+        }
         const char* name = entry->d_name;
         memcpy(nameInPath, name, strlen(name) + 1);
         struct stat st;
@@ -130,14 +136,14 @@ DirBrowser::DirBrowser(DirEntryHandler handler, DirEntryFilter filter)
 
 DirBrowser::~DirBrowser() { freeCache(); }
 
-std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDir) {
+std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDir, const StopFlag* stop) {
     if (!rootDir) rootDir = "";
     freeCache();
     mDirStack.clear();
     mDirStack.push_back(rootDir);
 
     const char* rest = belowRoot(rootDir, startDir);
-    if (!rest) return readIntoCache(rootDir, false);
+    if (!rest) return readIntoCache(rootDir, false, stop);
 
     // One stack level per folder name below the top folder; empty names
     // (doubled or trailing "/") are no level.
@@ -155,7 +161,7 @@ std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDi
     for (size_t i = 0; i < mDirStack.size(); i++) tprintf("dir %d %s\n", int(i), mDirStack[i].c_str());
 
     std::vector<void*>* list = new std::vector<void*>;
-    loaddir(list, startDir, mHandler, mDirStack.size() >= 2);
+    loaddir(list, startDir, mHandler, mDirStack.size() >= 2, stop);
     mCache.push_back(MenuCache{mDirStack.back(), list});
     return list;
 }
@@ -216,9 +222,9 @@ void DirBrowser::freeCache() {
     mCache.clear();
 }
 
-std::vector<void*>* DirBrowser::readIntoCache(const std::string& path, bool withParent) {
+std::vector<void*>* DirBrowser::readIntoCache(const std::string& path, bool withParent, const StopFlag* stop) {
     std::vector<void*>* list = new std::vector<void*>;
-    loaddir(list, path.c_str(), mHandler, withParent);
+    loaddir(list, path.c_str(), mHandler, withParent, stop);
     mCache.insert(mCache.begin(), MenuCache{path, list});
     return list;
 }

@@ -5,6 +5,8 @@
 
 #include "text_menu_item.h"
 
+class StopFlag;
+
 // Type codes that the folder reader passes to an entry handler.
 enum {
     DIR_ENTRY_FILE = 101,
@@ -29,9 +31,12 @@ const int kDirCacheEntryLimit = 40000;
 // `handler` for an entry and inserts it in list order (additemsorted).
 // Hidden folders are left out, ".." too unless `withParent` is set; files are
 // all offered. At most kDirEntryLimit entries are taken, in the order the file
-// system yields them. Returns the number of entries added, 0 when the folder
-// cannot be opened, -1 when no path buffer could be allocated.
-int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent);
+// system yields them. A set `stop` (may be null) ends the reading between two
+// entries; those read so far are added. Returns the number of entries added,
+// 0 when the folder cannot be opened, -1 when no path buffer could be
+// allocated.
+int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent,
+            const StopFlag* stop = nullptr);
 
 // One cached folder.
 struct MenuCache {
@@ -54,7 +59,8 @@ public:
     // Starts afresh: empties the cache and the stack, then shows `startDir`
     // when it lies below `rootDir` (the stack then holds every folder from
     // the top one down to it), else `rootDir`. Null `startDir`: `rootDir`.
-    std::vector<void*>* LoadDir(const char* rootDir, const char* startDir);
+    // `stop` as for loaddir.
+    std::vector<void*>* LoadDir(const char* rootDir, const char* startDir, const StopFlag* stop = nullptr);
     // The cached list of `path`, made the most recently used; null on a miss.
     std::vector<void*>* getMenu(const char* path);
     // Leaves the shown folder (never the top one) and returns the list of
@@ -75,5 +81,5 @@ public:
 
 private:
     // Reads `path` into a new list cached as the most recently used.
-    std::vector<void*>* readIntoCache(const std::string& path, bool withParent);
+    std::vector<void*>* readIntoCache(const std::string& path, bool withParent, const StopFlag* stop = nullptr);
 };
