@@ -30,22 +30,6 @@ namespace {
 
 const SDL_Color kJunk = {200, 0, 40, 255};
 
-// Whether a user event with `code` waits in SDL's queue (peeked, not taken).
-bool queued(int code) {
-    SDL_PumpEvents();
-    SDL_Event events[64];
-    const int n = SDL_PeepEvents(events, 64, SDL_PEEKEVENT, SDL_USEREVENT, SDL_USEREVENT);
-    for (int i = 0; i < n; i++)
-        if (events[i].user.code == code) return true;
-    return false;
-}
-
-// Waits (bounded) until the decoder's news has been posted.
-bool waitQueued(int code) {
-    for (int i = 0; i < 500 && !queued(code); i++) SDL_Delay(10);
-    return queued(code);
-}
-
 // The player window over the staged app folder's skin, a folder of three
 // videos and two sub-folders, and the stand-in decoder shell.
 class PlayerWindowTest : public SdlScreenTest {

@@ -7,9 +7,8 @@
 
 // Pushes a user event carrying `code` (and `data` in data1) and lets the
 // handler (a list, menu or window) take it, plus whatever the handling posts
-// in turn, off the queue. SDL may answer one poll empty after a round of
-// events, so reading goes on while user events are queued. Returns the last
-// result that was not KEY_NONE.
+// in turn, off the queue: reading goes on while user events are queued.
+// Returns the last result that was not KEY_NONE.
 template <class Handler>
 int pressKey(Handler& handler, int code, void* data = nullptr) {
     SDL_Event e = {};
@@ -24,4 +23,21 @@ int pressKey(Handler& handler, int code, void* data = nullptr) {
     }
     EXPECT_FALSE(SDL_HasEvent(SDL_USEREVENT)) << "every user event was read";
     return result;
+}
+
+// Whether a user event with `code` waits in SDL's queue (peeked, not taken).
+inline bool queued(int code) {
+    SDL_PumpEvents();
+    SDL_Event events[64];
+    const int n = SDL_PeepEvents(events, 64, SDL_PEEKEVENT, SDL_USEREVENT, SDL_USEREVENT);
+    for (int i = 0; i < n; i++)
+        if (events[i].user.code == code) return true;
+    return false;
+}
+
+// Waits (bounded) until a user event with `code` is queued, such as news
+// another thread posts.
+inline bool waitQueued(int code) {
+    for (int i = 0; i < 500 && !queued(code); i++) SDL_Delay(10);
+    return queued(code);
 }
