@@ -3,6 +3,7 @@
 #include <SDL2/SDL_ttf.h>
 #include <stdlib.h>
 #include <string.h>
+#include <unistd.h>
 
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "skin.h"
 #include "platform/device_paths.h"
 #include "platform/key_shm.h"
+#include "platform/owned_thread.h"
 #include "toolkit/input.h"
 #include "toolkit/lang.h"
 #include "platform/logger.h"
@@ -26,6 +28,9 @@
 #include "ui_layer.h"
 
 namespace {
+
+// The last wait for threads whose owners gave up on them.
+const long kLateJoinMs = 500;
 
 void cleanup(int code) {
     tprintf("cleanup close ttf\n");
@@ -106,5 +111,13 @@ int main(int argc, char* argv[]) {
     free(gThemePath);
     gThemePath = nullptr;
     cleanup(0);
+    // The very last step: a thread whose owner stopped waiting for it (a
+    // folder read stuck on a dead network mount) is joined if it has come
+    // back by now. One still stuck ends with the process, everything being
+    // saved and closed; _exit runs no destructor of what it may still use.
+    if (joinLateThreads(kLateJoinMs) > 0) {
+        fflush(nullptr);
+        _exit(0);
+    }
     return 0;
 }

@@ -1,6 +1,5 @@
 #include "player_file_browser.h"
 
-#include <pthread.h>
 #include <string.h>
 
 #include "app_options.h"
@@ -120,14 +119,15 @@ void PlayerFileBrowserMenu::draw() {
     mark->render(nullptr, &dst, true, nullptr);
 }
 
-int prepare_file_browser_thread(void* arg) {
-    pthread_setname_np(pthread_self(), "rombrowser");
-    PlayerFileBrowserMenu* menu = static_cast<PlayerFileBrowserMenu*>(arg);
-    menu->LoadDir();
-    const bool found = menu->checkUserFile();
+FolderLoad::FolderLoad(const std::string& root, const std::string& start)
+    : rootDir(root), startDir(start), browser(file_handler, file_filter), list(nullptr) {}
+
+void readStartFolder(FolderLoad* load, const StopFlag& stop) {
+    load->list = load->browser.LoadDir(load->rootDir.c_str(),
+                                       load->startDir.empty() ? nullptr : load->startDir.c_str(), &stop);
+    // A stopped load has no reader: its window is going or gone.
+    if (stop.isSet()) return;
     sLoading = false;
     // Wakes the main loop to show the list.
     pushEvent(EVENT_REFRESH);
-    if (found && !pushEvent(EVENT_PLAY_FILE)) tprintf("Failed to push play SDL event\n");
-    return 0;
 }

@@ -2,7 +2,9 @@
 
 #include <atomic>
 #include <string>
+#include <vector>
 
+#include "platform/stop_flag.h"
 #include "toolkit/action.h"
 #include "toolkit/file_browser_menu.h"
 #include "toolkit/kovani_surface.h"
@@ -44,11 +46,24 @@ public:
     const bool* mPlaying;          // not owned: the window's playing flag
 };
 
-// True while the loader thread reads the start folder; the list then belongs
-// to that thread and the main thread must not touch it. Written by the
-// loader (and by its starter, before it starts).
+// The start folder as the loader thread reads it. Shared by that thread and
+// the window that shows it, so that a loader held up in a system call may
+// outlive the window without writing into anything the window owned.
+struct FolderLoad {
+    FolderLoad(const std::string& root, const std::string& start);
+    const std::string rootDir;
+    const std::string startDir;  // empty: the top folder
+    DirBrowser browser;          // the loader's while sLoading is set, then the main thread's
+    std::vector<void*>* list;    // browser's list of the shown folder; null until read
+};
+
+// True while the loader thread reads the start folder into its FolderLoad,
+// which then belongs to that thread. Set by the window that starts the
+// loader; cleared by the loader once the folder is read (a stopped loader
+// leaves it), which hands the FolderLoad to the main thread.
 extern std::atomic<bool> sLoading;
 
-// Body of the loader thread: reads the start folder, selects the -f file,
-// clears sLoading and asks for the file to be played.
-int prepare_file_browser_thread(void* menu);
+// Body of the loader thread: reads the start folder into `load`, giving up
+// between two entries once `stop` is set. Unless stopped it then clears
+// sLoading and wakes the main loop.
+void readStartFolder(FolderLoad* load, const StopFlag& stop);

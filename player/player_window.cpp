@@ -26,6 +26,8 @@ namespace {
 const uint64_t kNever = ~(uint64_t)0;
 const long kPanelShowMs = 1500;
 const long kRepeatedChoiceMs = 200;
+// How long the window's end waits for a loader that is not done.
+const long kLoaderStopMs = 1000;
 
 KovaniSurface* loadSkin(const char* name) { return LoadKovaniSurface(nullptr, "./", name); }
 
@@ -108,8 +110,12 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
 }
 
 PlayerWindow::~PlayerWindow() {
-    // The loader writes into the list; it must be done before the list goes.
-    if (mLoader.joinable()) mLoader.join();
+    // The loader writes only into the FolderLoad it shares, never into the
+    // list, so the window need not outlive it. The stop ends the read between
+    // two entries; a read held up inside a system call (a dead network mount)
+    // is waited for a bounded time and then left to main's last step, so the
+    // shutdown goes on and saves the settings.
+    mLoader.stop(kLoaderStopMs);
     if (mStatic) SDL_DestroyTexture(mStatic);
     releaseImages();
 }
@@ -130,7 +136,10 @@ void PlayerWindow::releaseImages() {
 
 void PlayerWindow::init() {
     sLoading = true;
-    mLoader = std::thread(prepare_file_browser_thread, &mMenu);
+    mLoad = std::make_shared<FolderLoad>(mMenu.mRootDir, mMenu.mStartDir);
+    std::shared_ptr<FolderLoad> load = mLoad;
+    if (!mLoader.start("rombrowser", [load](const StopFlag& stop) { readStartFolder(load.get(), stop); }))
+        sLoading = false;  // the list shows the folder empty
     mPlayer.init();
     // A decoder left by an earlier run that was killed would play on.
     mPlayer.stop();
@@ -140,7 +149,7 @@ void PlayerWindow::init() {
 // kept for the next start and no decoder is left running, whether or not
 // this run started one.
 void PlayerWindow::quit() {
-    if (!sLoading) {
+    if (!stillLoading()) {
         const char* dir = mMenu.getCurrentDir();
         if (dir) gSavedDir = dir;
     }
@@ -148,6 +157,15 @@ void PlayerWindow::quit() {
 }
 
 void PlayerWindow::refresh() { takeDecoderNews(); }
+
+bool PlayerWindow::stillLoading() {
+    if (!mLoad) return false;
+    if (sLoading) return true;
+    mMenu.showLoaded(mLoad->browser, mLoad->list);
+    mLoad.reset();
+    if (mMenu.checkUserFile()) pushUserEvent(EVENT_PLAY_FILE);
+    return false;
+}
 
 // A completion plays on; a decoder that went away shows as stopped, and the
 // same file starts again with A or Start.
@@ -291,8 +309,8 @@ int PlayerWindow::eventHandling() {
             setPlayerDisplayRect(false, &mPlayer);
             return 0;
         }
-    } else if (sLoading) {
-        // The loader owns the list until it is done: keys are dropped.
+    } else if (stillLoading()) {
+        // No list until the loader is done: keys are dropped.
         code = wait_event(nullptr);
         if (isKey(code)) return 0;
     } else {
@@ -337,7 +355,7 @@ int PlayerWindow::handleCode(int code) {
         return 0;
     case KEY_MENU_KEY: {
         PlayerSettingWindow* settings =
-            new PlayerSettingWindow(&mPlayer, sLoading ? nullptr : mMenu.getCurrentDir(), mFullscreenMode);
+            new PlayerSettingWindow(&mPlayer, stillLoading() ? nullptr : mMenu.getCurrentDir(), mFullscreenMode);
         settings->init();
         gWinList->push_back(settings);
         return 0;
@@ -438,7 +456,7 @@ bool PlayerWindow::panelShown() {
 }
 
 uint64_t PlayerWindow::viewKey() {
-    uint64_t key = (uint64_t)sLoading << 63 | (uint64_t)mPlaying << 62 | (uint64_t)panelShown() << 61;
+    uint64_t key = (uint64_t)stillLoading() << 63 | (uint64_t)mPlaying << 62 | (uint64_t)panelShown() << 61;
     // The title follows the cursor, which a refresh passing through the list
     // can settle on.
     key ^= std::hash<std::string>()(mCurrentName) >> 4;
@@ -541,7 +559,7 @@ int PlayerWindow::draw() {
     const int icons = drawNavBar(0);
     drawPanelTimes();
 
-    if (sLoading) {
+    if (stillLoading()) {
         DrawString(gListFontTxt, SDL_Rect{0, 80, 620, 580}, getLangStr(STRING_READING_FILES),
                    gListColorTxt, ALIGN_CENTER);
         return 0;

@@ -2,11 +2,12 @@
 
 #include <stdint.h>
 
+#include <memory>
 #include <string>
-#include <thread>
 
 #include "kovani_player.h"
 #include "player_file_browser.h"
+#include "platform/owned_thread.h"
 #include "playlist.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/kovani_surface.h"
@@ -85,6 +86,9 @@ private:
     // window, packed to compare whole.
     uint64_t viewKey();
     bool panelShown();
+    // True while the loader reads the start folder; the first call after it
+    // is read shows it in the list.
+    bool stillLoading();
 
     PlayerFileBrowserMenu mMenu;
     // Skin images, owned; any may be null (then not drawn).
@@ -128,5 +132,6 @@ private:
     uint32_t mStaticKey;   // what mStatic shows; 0: nothing yet
     bool mComposeStatic;
     Playlist mPlaylist;   // the folder the playing file came from
-    std::thread mLoader;  // the start folder's loader, joined on destruction
+    std::shared_ptr<FolderLoad> mLoad;  // shared with the loader; null once shown
+    OwnedThread mLoader;  // reads the start folder into mLoad; stopped on destruction
 };

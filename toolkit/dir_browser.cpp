@@ -12,6 +12,7 @@
 
 #include "entry_order.h"
 #include "platform/logger.h"
+#include "platform/stop_flag.h"
 
 namespace {
 
@@ -97,7 +98,8 @@ bool namesBelowRoot(const char* rest, std::vector<std::string>* names) {
 
 }  // namespace
 
-int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent) {
+int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent,
+            const StopFlag* stop) {
     if (!list || !dir || !handler) {
         tprintf("loaddir: missing list, folder or handler\n");
         return 0;
@@ -123,6 +125,10 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     std::vector<TextMenuItem*> items;
     int leftOut = 0;  // past the limit
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
+        if (stop && stop->isSet()) {
+            tprintf("loaddir %s: stopped\n", dir);
+            break;
+        }
         const char* name = entry->d_name;
         memcpy(nameInPath, name, strlen(name) + 1);
         struct stat st;
@@ -160,7 +166,7 @@ DirBrowser::DirBrowser(DirEntryHandler handler, DirEntryFilter filter)
 
 DirBrowser::~DirBrowser() { freeCache(); }
 
-std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDir) {
+std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDir, const StopFlag* stop) {
     if (!rootDir) rootDir = "";
     freeCache();
     mDirStack.clear();
@@ -175,18 +181,19 @@ std::vector<void*>* DirBrowser::LoadDir(const char* rootDir, const char* startDi
                 strlen(startDir), rootDir);
         rest = nullptr;
     }
-    if (!rest) return readIntoCache(rootDir, false);
+    if (!rest) return readIntoCache(rootDir, false, stop);
 
     std::string running = rootDir;
     for (const std::string& name : names) {
-        running += '/';
+        // The default top folder ends in "/" ("/mnt/").
+        if (running.empty() || running.back() != '/') running += '/';
         running += name;
         mDirStack.push_back(running);
     }
     for (size_t i = 0; i < mDirStack.size(); i++) tprintf("dir %d %s\n", int(i), mDirStack[i].c_str());
 
     std::vector<void*>* list = new std::vector<void*>;
-    loaddir(list, mDirStack.back().c_str(), mHandler, mDirStack.size() >= 2);
+    loaddir(list, mDirStack.back().c_str(), mHandler, mDirStack.size() >= 2, stop);
     mCache.push_back(MenuCache{mDirStack.back(), list});
     return list;
 }
@@ -247,9 +254,9 @@ void DirBrowser::freeCache() {
     mCache.clear();
 }
 
-std::vector<void*>* DirBrowser::readIntoCache(const std::string& path, bool withParent) {
+std::vector<void*>* DirBrowser::readIntoCache(const std::string& path, bool withParent, const StopFlag* stop) {
     std::vector<void*>* list = new std::vector<void*>;
-    loaddir(list, path.c_str(), mHandler, withParent);
+    loaddir(list, path.c_str(), mHandler, withParent, stop);
     mCache.insert(mCache.begin(), MenuCache{path, list});
     return list;
 }

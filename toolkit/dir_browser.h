@@ -5,6 +5,8 @@
 
 #include "text_menu_item.h"
 
+class StopFlag;
+
 // Type codes that the folder reader passes to an entry handler.
 enum {
     DIR_ENTRY_FILE = 101,
@@ -31,10 +33,12 @@ const int kDirDepthLimit = 64;
 // `handler` for an entry and inserts it in list order (additemsorted).
 // Hidden folders are left out, ".." too unless `withParent` is set; files are
 // all offered. At most kDirEntryLimit entries are taken, in the order the file
-// system yields them; how many more there were is logged. Returns the number
-// of entries added, 0 when the folder cannot be opened, -1 when no path
-// buffer could be allocated.
-int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent);
+// system yields them; how many more there were is logged. A set `stop` (may
+// be null) ends the reading between two entries; those read so far are
+// added. Returns the number of entries added, 0 when the folder cannot be
+// opened, -1 when no path buffer could be allocated.
+int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, int withParent,
+            const StopFlag* stop = nullptr);
 
 // One cached folder.
 struct MenuCache {
@@ -60,7 +64,8 @@ public:
     // Empty and "." names in `startDir` are no level and ".." goes up one; a
     // `startDir` of PATH_MAX bytes or more, deeper than kDirDepthLimit below
     // the top or leaving it through ".." shows `rootDir`, with one log line.
-    std::vector<void*>* LoadDir(const char* rootDir, const char* startDir);
+    // `stop` as for loaddir.
+    std::vector<void*>* LoadDir(const char* rootDir, const char* startDir, const StopFlag* stop = nullptr);
     // The cached list of `path`, made the most recently used; null on a miss.
     std::vector<void*>* getMenu(const char* path);
     // Leaves the shown folder (never the top one) and returns the list of
@@ -81,5 +86,5 @@ public:
 
 private:
     // Reads `path` into a new list cached as the most recently used.
-    std::vector<void*>* readIntoCache(const std::string& path, bool withParent);
+    std::vector<void*>* readIntoCache(const std::string& path, bool withParent, const StopFlag* stop = nullptr);
 };

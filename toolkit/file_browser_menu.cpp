@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <utility>
+
 #include "folder_change.h"
 #include "input.h"
 #include "keycodes.h"
@@ -36,6 +38,15 @@ FileBrowserMenu::~FileBrowserMenu() { mDirBrowser.freeCache(); }
 std::vector<void*>* FileBrowserMenu::LoadDir() {
     mCurrentMenu = mDirBrowser.LoadDir(mRootDir.c_str(), mStartDir.empty() ? nullptr : mStartDir.c_str());
     return mCurrentMenu;
+}
+
+void FileBrowserMenu::showLoaded(DirBrowser& loaded, std::vector<void*>* list) {
+    mDirBrowser.freeCache();
+    mDirBrowser.mDirStack = std::move(loaded.mDirStack);
+    mDirBrowser.mCache = std::move(loaded.mCache);
+    loaded.mDirStack.clear();
+    loaded.mCache.clear();
+    mCurrentMenu = list;
 }
 
 const char* FileBrowserMenu::getCurrentDir() {

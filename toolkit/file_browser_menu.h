@@ -27,6 +27,10 @@ public:
     // Reads the start folder and shows it. May run on a loader thread while
     // nobody else touches the list.
     std::vector<void*>* LoadDir();
+    // Shows a start folder read elsewhere (DirBrowser::LoadDir on a loader
+    // thread that is done with it): takes over `loaded`'s folder stack and
+    // cached lists, `list` (its shown folder's) among them, leaving it empty.
+    void showLoaded(DirBrowser& loaded, std::vector<void*>* list);
     // The shown folder; null before LoadDir.
     const char* getCurrentDir();
 

@@ -158,7 +158,11 @@ int interpret(const SDL_Event& e) {
 int wait_event(SDL_Event* out) {
     checkGrab();
     SDL_Event e;
-    if (!SDL_PollEvent(&e)) return KEY_NONE;
+    // SDL ends each round of polls with a marker that stays queued behind the
+    // round's last event, so the first poll of the next round answers empty
+    // although an event waits; the main loop would take that answer for a
+    // handled event and draw a frame. A second poll reads the event.
+    if (!SDL_PollEvent(&e) && !SDL_PollEvent(&e)) return KEY_NONE;
     // The on-screen display owns the pad while it shows.
     if (markerExists(DEVICE_PATH_OSD_SHOW)) return KEY_NONE;
     if (out) *out = e;

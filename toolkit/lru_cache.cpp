@@ -1,33 +1,22 @@
 #include "lru_cache.h"
 
-#include "platform/logger.h"
+LRUCache::LRUCache(void (*release)(void*), int capacity) : mRelease(release), mCapacity(capacity) {}
 
-LRUCache::LRUCache(void (*release)(void*), int capacity)
-    : mRelease(release), mLock(SDL_CreateMutex()), mCapacity(capacity) {
-    if (!mLock) tprintf("LRUCache: SDL_CreateMutex fail : %s\n", SDL_GetError());
-}
-
-LRUCache::~LRUCache() {
-    clear();
-    if (mLock) SDL_DestroyMutex(mLock);
-}
+LRUCache::~LRUCache() { clear(); }
 
 void* LRUCache::get(const std::string& key) {
-    SDL_LockMutex(mLock);
-    void* value = nullptr;
+    std::lock_guard<std::mutex> hold(mLock);
     for (auto it = mEntries.begin(); it != mEntries.end(); ++it) {
         if (it->first == key) {
             mEntries.splice(mEntries.begin(), mEntries, it);
-            value = it->second;
-            break;
+            return it->second;
         }
     }
-    SDL_UnlockMutex(mLock);
-    return value;
+    return nullptr;
 }
 
 void LRUCache::put(const std::string& key, void* value) {
-    SDL_LockMutex(mLock);
+    std::lock_guard<std::mutex> hold(mLock);
     for (auto it = mEntries.begin(); it != mEntries.end();) {
         if (it->first != key) {
             ++it;
@@ -42,13 +31,11 @@ void LRUCache::put(const std::string& key, void* value) {
         mEntries.pop_back();
     }
     mEntries.emplace_front(key, value);
-    SDL_UnlockMutex(mLock);
 }
 
 void LRUCache::clear() {
-    SDL_LockMutex(mLock);
+    std::lock_guard<std::mutex> hold(mLock);
     if (mRelease)
         for (auto& entry : mEntries) mRelease(entry.second);
     mEntries.clear();
-    SDL_UnlockMutex(mLock);
 }

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <SDL2/SDL.h>
-
 #include <list>
+#include <mutex>
 #include <string>
 #include <utility>
 
@@ -29,8 +28,8 @@ public:
     void clear();
 
 private:
-    std::list<std::pair<std::string, void*>> mEntries;  // values owned
-    void (*mRelease)(void*);
-    SDL_mutex* mLock;  // owned
-    int mCapacity;
+    std::mutex mLock;
+    std::list<std::pair<std::string, void*>> mEntries;  // guarded by mLock; values owned
+    void (*const mRelease)(void*);  // fixed at construction: no lock
+    const int mCapacity;            // fixed at construction: no lock
 };

@@ -17,6 +17,7 @@
 #include "player/skin.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/recording_shell.h"
+#include "tests/support/sdl_events.h"
 #include "tests/support/sdl_screen.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/input.h"
@@ -61,6 +62,17 @@ public:
     }
     std::vector<std::function<void()>> mSteps;
     size_t mNext = 0;
+};
+
+// A player window that counts the frames it draws.
+class CountingPlayer : public PlayerWindow {
+public:
+    explicit CountingPlayer(DecoderShell* shell) : PlayerWindow(nullptr, shell) {}
+    int draw() override {
+        mDraws++;
+        return PlayerWindow::draw();
+    }
+    int mDraws = 0;
 };
 
 class PlayerLoopTest : public SdlScreenTest {
@@ -179,4 +191,52 @@ TEST_F(PlayerLoopTest, EveryIdleScreenEqualsAFullRedraw) {
     });
     runWindows(windows);
     EXPECT_EQ(mChecked.size(), mScript.mSteps.size()) << "every step was reached";
+}
+
+// A decoder report wakes the loop, which draws a frame when the report moves
+// the position text to another second and none when the text stays.
+TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
+    std::vector<KovaniWindow*> windows;
+    CountingPlayer* player = new CountingPlayer(&mShell);
+    player->init();
+    windows.push_back(player);
+    int before = 0;
+    // Writes a report and waits (bounded) until the watcher passed it on.
+    auto report = [&](int positionMs) {
+        before = player->mDraws;
+        writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_STATUS),
+                        "{\"status\":\"playing\",\"duration\":3600000,\"position\":" +
+                            std::to_string(positionMs) + "}");
+        EXPECT_TRUE(waitQueued(EVENT_REFRESH)) << positionMs;
+    };
+    auto started = [&] {
+        for (const std::string& line : mShell.lines())
+            if (line.rfind("avworker ", 0) == 0) return true;
+        return false;
+    };
+    mScript.mSteps = {
+        [] { pushCode(KEY_A); },
+        [&] {
+            // Reports written before the decoder's start count as stale.
+            for (int i = 0; i < 500 && !started(); i++) SDL_Delay(10);
+            EXPECT_TRUE(started());
+            report(1000);
+        },
+        [&] {
+            EXPECT_EQ(player->mDraws, before + 1) << "0:01";
+            report(1400);
+        },
+        [&] {
+            EXPECT_EQ(player->mDraws, before) << "still 0:01";
+            report(2000);
+        },
+        [&] {
+            EXPECT_EQ(player->mDraws, before + 1) << "0:02";
+            SDL_Event quit = {};
+            quit.type = SDL_QUIT;
+            SDL_PushEvent(&quit);
+        },
+    };
+    runWindows(windows);
+    EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
 }

@@ -1,6 +1,8 @@
 #include "player/player_window.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -8,14 +10,17 @@
 #include <string>
 
 #include "platform/device_paths.h"
+#include "platform/owned_thread.h"
 #include "player/player_setting_window.h"
 #include "player/app_options.h"
 #include "player/player_lang.h"
 #include "player/skin.h"
+#include "tests/support/capture_stdout.h"
 #include "tests/support/recording_shell.h"
 #include "tests/support/sdl_events.h"
 #include "tests/support/sdl_screen.h"
 #include "tests/support/temp_dir.h"
+#include "toolkit/dir_browser.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/lang.h"
 #include "toolkit/screen.h"
@@ -24,22 +29,6 @@
 namespace {
 
 const SDL_Color kJunk = {200, 0, 40, 255};
-
-// Whether a user event with `code` waits in SDL's queue (peeked, not taken).
-bool queued(int code) {
-    SDL_PumpEvents();
-    SDL_Event events[64];
-    const int n = SDL_PeepEvents(events, 64, SDL_PEEKEVENT, SDL_USEREVENT, SDL_USEREVENT);
-    for (int i = 0; i < n; i++)
-        if (events[i].user.code == code) return true;
-    return false;
-}
-
-// Waits (bounded) until the decoder's news has been posted.
-bool waitQueued(int code) {
-    for (int i = 0; i < 500 && !queued(code); i++) SDL_Delay(10);
-    return queued(code);
-}
 
 // The player window over the staged app folder's skin, a folder of three
 // videos and two sub-folders, and the stand-in decoder shell.
@@ -266,4 +255,29 @@ TEST_F(PlayerWindowTest, ReportedTimesAreClampedBeforeTheSliderIsDrawn) {
         ASSERT_EQ(pixels(bar) != empty, r.slider) << r.duration << " " << r.position;
         ASSERT_TRUE(pixels(pastTrack) == emptyPast) << r.duration << " " << r.position;
     }
+}
+
+// The window goes while a folder of the most entries a list takes is being
+// read: the loader stops between two entries, having read fewer than there
+// are, and its thread is joined with the window.
+TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
+    const std::string huge = mRoot.path() + "/huge";
+    makeDirs(huge);
+    for (int i = 0; i < kDirEntryLimit; i++) {
+        char name[32];
+        snprintf(name, sizeof name, "/v%05d.mp4", i);
+        close(open((huge + name).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
+    }
+    gUserPath = huge;
+    CaptureStdout capture;
+    PlayerWindow* window = new PlayerWindow(nullptr, &mShell);
+    window->init();
+    delete window;
+    const std::string log = capture.finish();
+    EXPECT_NE(log.find("loaddir " + huge + ": stopped\n"), std::string::npos);
+    const std::string count = "loaddir " + huge + " ";
+    const size_t at = log.find(count);
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_LT(atoi(log.c_str() + at + count.size()), kDirEntryLimit);
+    EXPECT_EQ(joinLateThreads(0), 0) << "nothing was left to the late joins";
 }

@@ -35,3 +35,20 @@ template <class Handler>
 int pressKey(Handler& handler, int code, void* data = nullptr) {
     return pressKeys(handler, {code}, data);
 }
+
+// Whether a user event with `code` waits in SDL's queue (peeked, not taken).
+inline bool queued(int code) {
+    SDL_PumpEvents();
+    SDL_Event events[64];
+    const int n = SDL_PeepEvents(events, 64, SDL_PEEKEVENT, SDL_USEREVENT, SDL_USEREVENT);
+    for (int i = 0; i < n; i++)
+        if (events[i].user.code == code) return true;
+    return false;
+}
+
+// Waits (bounded) until a user event with `code` is queued, such as news
+// another thread posts.
+inline bool waitQueued(int code) {
+    for (int i = 0; i < 500 && !queued(code); i++) SDL_Delay(10);
+    return queued(code);
+}

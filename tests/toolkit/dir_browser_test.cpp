@@ -142,6 +142,9 @@ TEST(DirBrowserTest, StartFolderBelowTheTopBuildsTheStackAndOthersShowTheTop) {
         // A line per stack level and one for the read, or one for the fallback.
         EXPECT_LE(std::count(logged.begin(), logged.end(), '\n'), long(c.stack.size()) + 2) << label;
     }
+    // A top folder given with its trailing "/", as the default one is.
+    browser.LoadDir((top + "/").c_str(), (t / "top/A").c_str());
+    EXPECT_EQ(stack(browser, t.path() + "/"), (Names{"top/", "top/A"}));
 }
 
 TEST(DirBrowserTest, ReadingAnotherFolderDropsLeastRecentlyUsedOnesAboveFortyThousandEntries) {

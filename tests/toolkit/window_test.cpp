@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/device_paths.h"
 #include "platform/sysutil.h"
 #include "platform/video_plane.h"
 #include "tests/support/capture_stdout.h"
@@ -15,6 +16,7 @@
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/screen.h"
+#include "toolkit/window_bars.h"
 
 namespace {
 
@@ -63,7 +65,9 @@ public:
         return mHandler(*this, code);
     }
     int draw() override {
-        mChanged = false;  // as a real window, whose change is drawn now
+        // As a real window, whose change or due time is drawn now.
+        mChanged = false;
+        if (dueReached()) mDue = -1;
         if (mDrawnAt) mDrawnAt->push_back(mClock->mNow);
         log("draw");
         return 0;
@@ -73,8 +77,10 @@ public:
     void saveState(cJSON*) override {}
     int restoreState(cJSON*) override { return 0; }
     void refresh() override {}
-    bool needsRedraw() override { return mChanged; }
-    long nextRedrawMs() override { return mDue > mClock->mNow ? mDue : -1; }
+    // As a real window's: its own change, its due time, the status bar.
+    bool needsRedraw() override { return mChanged || dueReached() || KovaniWindow::needsRedraw(); }
+    long nextRedrawMs() override { return mDue >= 0 && !dueReached() ? mDue : -1; }
+    bool dueReached() const { return mDue >= 0 && mDue <= mClock->mNow; }
     ~ScriptWindow() override { log("deleted"); }
     void log(const char* what) { mJournal.push_back(mName + "." + what); }
 
@@ -84,7 +90,7 @@ public:
     std::vector<long>* mDrawnAt = nullptr;  // not owned: the test's, which outlives the window
     FakeClock* mClock = nullptr;            // not owned
     bool mChanged = false;
-    long mDue = -1;
+    long mDue = -1;  // set only with mClock
 };
 
 class RunWindowsTest : public SdlScreenTest {
@@ -113,6 +119,10 @@ protected:
         runWindows(mList);
         EXPECT_TRUE(mList.empty());
         return capture.finish();
+    }
+    size_t draws() const {
+        return std::count_if(mJournal.begin(), mJournal.end(),
+                             [](const std::string& line) { return line.find(".draw") != std::string::npos; });
     }
     // The journal without its draws: the order in which windows met events.
     std::vector<std::string> calls() const {
@@ -195,19 +205,55 @@ TEST_F(RunWindowsTest, EachEventGoesToTheWindowOnTopWhenItIsHandled) {
     EXPECT_EQ(popupCodes, (std::vector<int>{KEY_DOWN, KEY_B}));
 }
 
-// An idle loop draws nothing and sleeps in long waits; a key, the window's
-// own change and its due time each bring exactly one frame.
-TEST_F(RunWindowsTest, AFrameIsDrawnOnlyWhenSomethingChanged) {
-    ScriptWindow* w = add("w", [](ScriptWindow&, int code) { return code == KEY_X ? (int)WINDOW_QUIT : 0; });
-    w->mDrawnAt = &mDrawTimes;
+// An idle loop draws nothing and sleeps in long waits, and a refresh that
+// changes nothing draws nothing; each kind of change brings one frame, an
+// opening popup two (the window beneath for the popup's picture, the popup).
+TEST_F(RunWindowsTest, AFrameIsDrawnAfterEachKindOfChangeAndNoneWithout) {
+    TempDeviceRoot device;  // the status bar's files
+    invalidateBarStatus();
+    ScriptWindow* w = add("w", [](ScriptWindow& self, int code) {
+        if (code == KEY_MENU_KEY) {
+            ScriptWindow* popup = new ScriptWindow("popup", self.mJournal, [](ScriptWindow&, int c) {
+                return c == KEY_B ? (int)WINDOW_CLOSE : (int)KEY_NONE;
+            });
+            popup->mClock = self.mClock;
+            add2PopupList(popup);
+        }
+        return code == KEY_X ? (int)WINDOW_QUIT : code;
+    });
+    const struct {
+        const char* change;
+        std::function<void()> make;
+        size_t frames;
+    } changes[] = {
+        {"none", [] {}, 0},
+        {"a key", [] { push(SDL_USEREVENT, KEY_A); }, 1},
+        {"a refresh that changes nothing", [] { push(SDL_USEREVENT, EVENT_REFRESH); }, 0},
+        {"the window's own change", [&] { w->mChanged = true; }, 1},
+        {"its due time", [&] { w->mDue = mClock.mNow + 1300; }, 1},
+        {"the battery",
+         [&] {
+             writeFileAtomic(device.at(DEVICE_PATH_BATTERY_CAPACITY), "40\n");
+             invalidateBarStatus();
+         },
+         1},
+        {"a popup opened", [] { push(SDL_USEREVENT, KEY_MENU_KEY); }, 2},
+        {"the popup closed", [] { push(SDL_USEREVENT, KEY_B); }, 1},
+        {"none again", [] {}, 0},
+    };
+    const size_t n = sizeof changes / sizeof changes[0];
+    // Every sixth wait: the frames drawn so far, then the next change.
+    std::vector<size_t> drawn;
     mClock.mOnWait = [&](size_t waits) {
-        if (waits == 5) push(SDL_USEREVENT, KEY_A);
-        if (waits == 10) w->mChanged = true;
-        if (waits == 15) w->mDue = mClock.mNow + 1300;
-        if (waits == 20) push(SDL_USEREVENT, KEY_X);
+        if (waits % 6 != 0) return;
+        drawn.push_back(draws());
+        const size_t next = waits / 6 - 1;
+        if (next < n) changes[next].make();
+        if (next == n) push(SDL_USEREVENT, KEY_X);
     };
     run();
-    EXPECT_EQ(mDrawTimes.size(), 3u) << "the first frame, the key, the change";
+    ASSERT_EQ(drawn.size(), n + 1);
+    for (size_t i = 0; i < n; i++) EXPECT_EQ(drawn[i + 1] - drawn[i], changes[i].frames) << changes[i].change;
     EXPECT_GE(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), 1000) << "idle waits are long";
     EXPECT_NE(std::find(mClock.mWaits.begin(), mClock.mWaits.end(), 300), mClock.mWaits.end())
         << "the window's due time bounds the wait";
