@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
+#include <string.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -15,6 +16,8 @@ const int kWriterNice = 10;
 // How long the writer waits for more lines after a batch, before it sleeps
 // until woken: the most a line waits to be written during a burst.
 const int kNapMs = 2;
+// A batch buffer larger than this is given back after its burst.
+const size_t kKeptBytes = 256 * 1024;
 }  // namespace
 
 int LogQueue::start(LogSink* sink, size_t capacity) {
@@ -48,17 +51,22 @@ int LogQueue::start(LogSink* sink, size_t capacity) {
     return result;
 }
 
-int LogQueue::post(std::string* line) {
+int LogQueue::post(const char* line, size_t length) {
     bool wake = false;
     {
         std::lock_guard<std::mutex> hold(mLock);
         if (mState != RUNNING && mState != DRAINING) return LOG_CLOSED;
-        if (mQueue.size() >= mCapacity) {
+        if (mLines >= mCapacity) {
             mDropped++;
             return LOG_DROPPED;
         }
-        mQueue.push_back(Entry{std::string(), mDropped});
-        mQueue.back().text.swap(*line);
+        const LineHead head = {uint32_t(length), mDropped};
+        const size_t at = mQueue.size();
+        mQueue.resize(at + sizeof head + length + 1);
+        memcpy(&mQueue[at], &head, sizeof head);
+        memcpy(&mQueue[at + sizeof head], line, length);
+        mQueue.back() = '\0';
+        mLines++;
         mDropped = 0;
         // Only a sleeping writer needs the wake-up; a busy one finds the line.
         wake = mWriterWaiting;
@@ -85,9 +93,15 @@ void LogQueue::stop(long drainMs) {
     mSink = nullptr;
 }
 
-void LogQueue::discardQueued() {
-    for (const Entry& entry : mQueue) mDropped += entry.droppedBefore + 1;
-    mQueue.clear();
+unsigned LogQueue::countLines(const std::vector<char>& bytes, size_t offset) {
+    unsigned lines = 0;
+    while (offset < bytes.size()) {
+        LineHead head;
+        memcpy(&head, &bytes[offset], sizeof head);
+        lines += head.droppedBefore + 1;
+        offset += sizeof head + head.length + 1;
+    }
+    return lines;
 }
 
 void LogQueue::writeDropped(unsigned dropped) {
@@ -104,7 +118,7 @@ void LogQueue::run() {
     if (setpriority(PRIO_PROCESS, (id_t)syscall(SYS_gettid), kWriterNice) != 0) {
         // Stays at the caller's priority: only slower under load.
     }
-    std::deque<Entry> batch;
+    std::vector<char> batch;
     bool napped = false;
     while (true) {
         unsigned trailing = 0;
@@ -112,18 +126,24 @@ void LogQueue::run() {
             std::unique_lock<std::mutex> hold(mLock);
             // After a batch the writer naps once before it asks to be woken:
             // lines of a burst then cost their callers no wake-up each.
-            if (mQueue.empty() && mDropped == 0 && mState == RUNNING && !napped) {
+            if (mLines == 0 && mDropped == 0 && mState == RUNNING && !napped) {
                 mWake.wait_for(hold, std::chrono::milliseconds(kNapMs));
                 napped = true;
             }
-            while (mQueue.empty() && mDropped == 0 && mState == RUNNING) {
+            while (mLines == 0 && mDropped == 0 && mState == RUNNING) {
                 mWriterWaiting = true;
                 mWake.wait(hold);
                 mWriterWaiting = false;
             }
-            if (mState == DISCARDING) discardQueued();
-            if (!mQueue.empty()) {
+            if (mState == DISCARDING) {
+                mDropped += countLines(mQueue, 0);
+                mQueue.clear();
+                mLines = 0;
+            }
+            if (mLines > 0) {
+                // The callers go on in the buffer the last batch left.
                 batch.swap(mQueue);
+                mLines = 0;
                 napped = false;
             } else if (mDropped > 0) {
                 trailing = mDropped;
@@ -136,18 +156,22 @@ void LogQueue::run() {
                 return;
             }
         }
-        for (size_t k = 0; k < batch.size(); k++) {
+        for (size_t offset = 0; offset < batch.size();) {
             if (mDiscarding.load(std::memory_order_relaxed)) {
                 // The sink hangs: what is left of the batch is counted.
-                unsigned lost = 0;
-                for (size_t r = k; r < batch.size(); r++) lost += batch[r].droppedBefore + 1;
+                const unsigned lost = countLines(batch, offset);
                 std::lock_guard<std::mutex> hold(mLock);
                 mDropped += lost;
                 break;
             }
-            writeDropped(batch[k].droppedBefore);
-            mSink->write(batch[k].text.c_str());
+            LineHead head;
+            memcpy(&head, &batch[offset], sizeof head);
+            writeDropped(head.droppedBefore);
+            mSink->write(&batch[offset + sizeof head]);
+            offset += sizeof head + head.length + 1;
         }
+        // A burst's buffer is not kept for good.
+        if (batch.capacity() > kKeptBytes) std::vector<char>().swap(batch);
         batch.clear();
         writeDropped(trailing);
     }

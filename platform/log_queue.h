@@ -4,10 +4,11 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <deque>
+#include <stdint.h>
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 // Where the writer thread puts each line. `line` is whole and ends in the
 // "\n" its format carried.
@@ -29,11 +30,11 @@ public:
     // returns) with room for `capacity` lines. 0, or -1 when a writer runs
     // already or the thread cannot start. The owner only.
     int start(LogSink* sink, size_t capacity);
-    // Takes `*line` into the queue (LOG_QUEUED), or counts it as dropped when
-    // the queue is full (LOG_DROPPED); never waits for the writer. LOG_CLOSED,
-    // leaving `*line` alone, when no writer takes lines: the caller writes it
-    // itself then, after every line it queued before. Any thread.
-    int post(std::string* line);
+    // Copies the `length` bytes of `line` into the queue (LOG_QUEUED), or
+    // counts it as dropped when the queue is full (LOG_DROPPED); never waits
+    // for the writer. LOG_CLOSED when no writer takes lines: the caller writes
+    // it itself then, after every line it queued before. Any thread.
+    int post(const char* line, size_t length);
     // Lets the writer write everything queued, then joins it. A writer that
     // has not drained within `drainMs` (the sink hangs) drops what is still
     // queued instead; a single write stuck in the sink is waited for. The
@@ -42,22 +43,27 @@ public:
 
 private:
     enum State { STOPPED, RUNNING, DRAINING, DISCARDING };
-    struct Entry {
-        std::string text;
-        unsigned droppedBefore;  // lines dropped between the previous entry and this one
+    // A queued line in the byte queue: this head, then the line's bytes and
+    // a terminating NUL. Lines are packed back to back, so queuing one costs
+    // no allocation once the buffer has grown to a burst's size.
+    struct LineHead {
+        uint32_t length;         // of the text, without the NUL
+        uint32_t droppedBefore;  // lines dropped between the previous line and this one
     };
 
     void run();
     // Writes the "N log lines dropped" notice when `dropped` is not 0.
     void writeDropped(unsigned dropped);
-    // Moves what is queued to the dropped count. Called with mLock held.
-    void discardQueued();
+    // The number of lines in `bytes` from `offset` on, each with the lines
+    // dropped before it.
+    static unsigned countLines(const std::vector<char>& bytes, size_t offset);
 
     std::mutex mLock;
     std::condition_variable mWake;     // the writer waits here for lines or a stop
     std::condition_variable mStopped;  // stop() waits here for the writer to finish
     State mState = STOPPED;            // guarded by mLock
-    std::deque<Entry> mQueue;          // guarded by mLock
+    std::vector<char> mQueue;          // guarded by mLock: LineHead + text + NUL, back to back
+    size_t mLines = 0;                 // guarded by mLock: lines in mQueue
     size_t mCapacity = 0;              // guarded by mLock
     unsigned mDropped = 0;             // guarded by mLock: dropped since the last entry queued
     bool mWriterWaiting = false;       // guarded by mLock: the writer sleeps on mWake

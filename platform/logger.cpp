@@ -69,22 +69,6 @@ void writeDirect(int mode, const char* line) {
         fputs(line, stdout);
 }
 
-// The caller's errno is still in place for a "%m".
-bool formatLine(const char* format, va_list ap, std::string* line) {
-    char text[kShortLine];
-    va_list again;
-    va_copy(again, ap);
-    const int n = vsnprintf(text, sizeof text, format, ap);
-    if (n >= 0 && size_t(n) < sizeof text) {
-        line->assign(text, size_t(n));
-    } else if (n >= 0) {
-        line->resize(size_t(n));
-        vsnprintf(&(*line)[0], size_t(n) + 1, format, again);
-    }
-    va_end(again);
-    return n >= 0;
-}
-
 void closeSyslog() { closelog(); }
 
 void markForkedChild() { sInForkedChild = true; }
@@ -154,9 +138,20 @@ void tprintf(const char* format, ...) {
         va_end(ap);
         return;
     }
-    std::string line;
-    const bool formatted = formatLine(format, ap, &line);
+    // The caller's errno is still in place for a "%m". Most lines fit the
+    // stack; a longer one is formatted again into a string.
+    char text[kShortLine];
+    va_list again;
+    va_copy(again, ap);
+    const int n = vsnprintf(text, sizeof text, format, ap);
+    std::string longLine;
+    if (n >= 0 && size_t(n) >= sizeof text) {
+        longLine.resize(size_t(n));
+        vsnprintf(&longLine[0], size_t(n) + 1, format, again);
+    }
+    va_end(again);
     va_end(ap);
-    if (!formatted) return;
-    if (sInForkedChild || queue().post(&line) == LogQueue::LOG_CLOSED) writeDirect(mode, line.c_str());
+    if (n < 0) return;
+    const char* line = longLine.empty() ? text : longLine.c_str();
+    if (sInForkedChild || queue().post(line, size_t(n)) == LogQueue::LOG_CLOSED) writeDirect(mode, line);
 }
