@@ -24,8 +24,7 @@ public:
                     const char* normalBgFile, int rowsPerPage, int ySpace);
     ~FileBrowserMenu() override;
 
-    // Reads the start folder and shows it. May run on a loader thread while
-    // nobody else touches the list.
+    // Reads the start folder and shows it, on the caller's thread.
     std::vector<void*>* LoadDir();
     // Shows a start folder read elsewhere (DirBrowser::LoadDir on a loader
     // thread that is done with it): takes over `loaded`'s folder stack and
