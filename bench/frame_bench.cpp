@@ -115,6 +115,8 @@ int main() {
                 memset(rows, (int)(shade++ & 0xFF), stride * windowed.h);
                 decoder.endFrame();
             }
+            // As the main loop does before it draws.
+            ScreenVideoChanged();
             window.draw();
             ScreenUpdateAndFlip();
             readOnePixel();

@@ -24,7 +24,7 @@ int PlaneCompositor::open(int w, int h) {
     // The decoder's rows are B, G, R, unused: RGB888 takes them as they are.
     mVideo = SDL_CreateTexture(mRenderer, SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_STREAMING,
                                kVideoPlaneWidth, kVideoPlaneHeight);
-    if (!mUi || !mVideo || SDL_SetRenderTarget(mRenderer, mUi) != 0) {
+    if (!mUi || !mVideo) {
         tprintf("compositor: no interface plane, the video will not show: %s\n", SDL_GetError());
         if (mUi) SDL_DestroyTexture(mUi);
         if (mVideo) SDL_DestroyTexture(mVideo);
@@ -44,9 +44,6 @@ int PlaneCompositor::open(int w, int h) {
     SDL_SetTextureScaleMode(mVideo, SDL_ScaleModeNearest);
     mWidth = w;
     mHeight = h;
-    // The interface starts fully transparent, as the device's layer does.
-    SDL_SetRenderDrawColor(mRenderer, 0, 0, 0, 0);
-    SDL_RenderClear(mRenderer);
     return 0;
 }
 
@@ -58,9 +55,25 @@ void PlaneCompositor::onFrame(const VideoRect& rect, const uint8_t* pixels, size
     }
 }
 
-bool PlaneCompositor::videoChanged() {
+void PlaneCompositor::poll() {
     if (mUi && mReader.poll(this, videoPlaneClockMs())) mChanged = true;
-    return mChanged;
+}
+
+PlaneCompositor::Change PlaneCompositor::videoChanged() {
+    poll();
+    if (!mComposing) {
+        // Without a plane the window holds the interface alone, and after a
+        // present it holds nothing to present again.
+        mChanged = false;
+        if (!mReader.attached()) return VIDEO_SAME;
+        mComposing = true;
+        SDL_SetRenderTarget(mRenderer, mUi);
+        // The interface starts fully transparent, as the device's layer does.
+        SDL_SetRenderDrawColor(mRenderer, 0, 0, 0, 0);
+        SDL_RenderClear(mRenderer);
+        return VIDEO_REDRAW;
+    }
+    return mChanged ? VIDEO_NEW : VIDEO_SAME;
 }
 
 long PlaneCompositor::nextLookMs() const {
@@ -72,8 +85,8 @@ long PlaneCompositor::nextLookMs() const {
 }
 
 void PlaneCompositor::compose() {
-    if (!mUi) return;
-    videoChanged();
+    if (!mComposing) return;
+    poll();
     SDL_SetRenderTarget(mRenderer, nullptr);
     const VideoRect r = mReader.rect();
     if (r.w <= 0) {
@@ -101,7 +114,14 @@ void PlaneCompositor::compose() {
 
 void PlaneCompositor::finish() {
     SDL_RenderPresent(mRenderer);
-    if (mUi) SDL_SetRenderTarget(mRenderer, mUi);
+    if (!mComposing) return;
+    if (mReader.attached()) {
+        SDL_SetRenderTarget(mRenderer, mUi);
+    } else {
+        // The plane has gone and this present showed the interface alone:
+        // from now on it draws to the window again.
+        mComposing = false;
+    }
 }
 
 void PlaneCompositor::present() {

@@ -20,6 +20,9 @@ int sWidth = 0;
 int sHeight = 0;
 #if KOVANI_VIDEO_PLANE
 PlaneCompositor* sCompositor = nullptr;  // owned; between ScreenInit and ScreenUninit
+static_assert(int(PlaneCompositor::VIDEO_NEW) == SCREEN_VIDEO_NEW &&
+                  int(PlaneCompositor::VIDEO_REDRAW) == SCREEN_VIDEO_REDRAW,
+              "the screen passes the compositor's answers on");
 #endif
 }  // namespace
 
@@ -44,7 +47,7 @@ int ScreenInit(int width, int height, int bpp, int rotate) {
     sHeight = winH;
 #if KOVANI_VIDEO_PLANE
     // The decoder's picture lies beneath the interface, as on the device.
-    // Without it (no plane texture) the interface still draws, only alone.
+    // Without the compositor's textures the interface still draws, alone.
     if (gRenderer && !rotate) {
         sCompositor = new PlaneCompositor(gRenderer);
         if (sCompositor->open(width, height) != 0) {
@@ -98,11 +101,11 @@ int ScreenHeight() { return sHeight; }
 
 SDL_Texture* ScreenTargetTexture() { return sTargetTexture; }
 
-bool ScreenVideoChanged() {
+int ScreenVideoChanged() {
 #if KOVANI_VIDEO_PLANE
     if (sCompositor) return sCompositor->videoChanged();
 #endif
-    return false;
+    return SCREEN_VIDEO_SAME;
 }
 
 long ScreenNextVideoLookMs() {

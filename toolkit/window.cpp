@@ -175,16 +175,23 @@ void runWindows(std::vector<KovaniWindow*>& list) {
         top->refresh();
         if (!dirty) dirty = top->needsRedraw();
         const long interval = s_bootFpsTimeout > 0 ? kFastFrameMs : kFrameMs;
+        // Whatever comes of the video beneath: its first appearance asks
+        // for the whole window again, at once.
+        const int video = ScreenVideoChanged();
+        if (video == SCREEN_VIDEO_REDRAW) dirty = true;
         // A popup about to open takes its picture of the screen: the window
-        // beneath is drawn first, whatever the pace.
-        if (dirty && (now - lastDraw >= interval || !gPopupList.empty())) {
+        // beneath is drawn first, whatever the pace, and read before any
+        // present (a present may leave the window's pixels undefined); the
+        // popup's own frame follows at once.
+        const bool popupPending = !gPopupList.empty();
+        if (popupPending || (dirty && (now - lastDraw >= interval || video == SCREEN_VIDEO_REDRAW))) {
             top->enterAnim();
             top->draw();
-            ScreenUpdateAndFlip();
+            if (!popupPending) ScreenUpdateAndFlip();
             noteBarsDrawn();
             lastDraw = now;
             dirty = false;
-        } else if (ScreenVideoChanged()) {
+        } else if (video == SCREEN_VIDEO_NEW) {
             // A new picture beneath an unchanged interface: the frame is
             // composed again, nothing is redrawn.
             ScreenUpdateAndFlip();

@@ -63,8 +63,8 @@ protected:
 TEST_F(PlaneCompositorTest, TheInterfaceAlphaDecidesWhereTheVideoShows) {
     ASSERT_EQ(mDecoder.create(), 0);
     publishFrame(mDecoder, kVideo, 0xFF00FF);  // magenta
+    ASSERT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_REDRAW) << "the interface moves to its plane";
     drawInterface();
-    EXPECT_TRUE(mCompositor->videoChanged());
     mCompositor->compose();
     EXPECT_TRUE(near(composed(120, 70), 255, 0, 255)) << "transparent over the picture";
     EXPECT_TRUE(near(composed(120, 140), 255, 0, 255));
@@ -79,43 +79,50 @@ TEST_F(PlaneCompositorTest, TheInterfaceAlphaDecidesWhereTheVideoShows) {
     // Read-backs between presents see the interface plane, hole and all.
     EXPECT_EQ(pixel(120, 70).a, 0);
     EXPECT_TRUE(near(pixel(700, 400), 0, 0, 255));
-    EXPECT_FALSE(mCompositor->videoChanged()) << "nothing new since the present";
+    EXPECT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_SAME) << "nothing new since the present";
 }
 
-// A new frame, a cleared plane and a removed one each change what shows;
-// a paused picture stays.
+// No plane: the interface draws to the window and nothing is composed. A
+// plane's first frame, a new frame, a cleared plane and a removed one each
+// change what shows; a paused picture stays; after the plane has gone the
+// interface draws to the window again.
 TEST_F(PlaneCompositorTest, FramesComeAndGoWithTheDecoder) {
-    drawInterface();
-    EXPECT_FALSE(mCompositor->videoChanged()) << "no plane yet";
+    EXPECT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_SAME) << "no plane yet";
+    EXPECT_FALSE(mCompositor->composing());
+    EXPECT_EQ(SDL_GetRenderTarget(gRenderer), nullptr);
     EXPECT_EQ(mCompositor->nextLookMs(), -1) << "no plane: no reason to wake";
 
     ASSERT_EQ(mDecoder.create(), 0);
     publishFrame(mDecoder, kVideo, 0x00FF00);
     SDL_Delay(110);  // the plane's name is looked for on its own pace
-    EXPECT_TRUE(mCompositor->videoChanged());
+    ASSERT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_REDRAW);
+    drawInterface();
     EXPECT_GT(mCompositor->nextLookMs(), 0);
     EXPECT_LE(mCompositor->nextLookMs(), 5) << "frames come: looked at often";
     mCompositor->compose();
     EXPECT_TRUE(near(composed(120, 70), 0, 255, 0));
     mCompositor->finish();
-    EXPECT_FALSE(mCompositor->videoChanged()) << "paused";
+    EXPECT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_SAME) << "paused";
     mCompositor->compose();
     EXPECT_TRUE(near(composed(120, 70), 0, 255, 0)) << "a paused picture stays";
     mCompositor->finish();
 
     mDecoder.clear();
-    EXPECT_TRUE(mCompositor->videoChanged());
+    EXPECT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_NEW);
     mCompositor->compose();
     EXPECT_TRUE(near(composed(120, 70), 0, 0, 0));
     mCompositor->finish();
 
     publishFrame(mDecoder, kVideo, 0x00FF00);
-    EXPECT_TRUE(mCompositor->videoChanged());
+    EXPECT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_NEW);
     mCompositor->present();
     mDecoder.remove();
-    EXPECT_TRUE(mCompositor->videoChanged());
+    EXPECT_EQ(mCompositor->videoChanged(), PlaneCompositor::VIDEO_NEW);
     mCompositor->compose();
     EXPECT_TRUE(near(composed(120, 70), 0, 0, 0)) << "a stopped decoder's picture goes";
+    EXPECT_TRUE(near(composed(700, 400), 0, 0, 255)) << "the interface shows alone";
     mCompositor->finish();
+    EXPECT_FALSE(mCompositor->composing());
+    EXPECT_EQ(SDL_GetRenderTarget(gRenderer), nullptr) << "the interface draws to the window again";
     EXPECT_EQ(mCompositor->nextLookMs(), -1);
 }

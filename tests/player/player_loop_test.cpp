@@ -82,13 +82,8 @@ protected:
         SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
         clearQuitRequest();
         // The frame lives in a texture: it keeps its pixels and alpha across
-        // presents, as the device's UI layer does. A desktop screen draws
-        // into such a plane already; otherwise the test makes one.
-        mFrame = SDL_GetRenderTarget(gRenderer);
-        if (!mFrame) {
-            mFrame = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
-            mOwnFrame = mFrame;
-        }
+        // presents, as the device's UI layer does.
+        mFrame = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
         mCheck = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
         ASSERT_EQ(SDL_SetRenderTarget(gRenderer, mFrame), 0) << SDL_GetError();
         makeDirs(mRoot.at(DEVICE_PATH_PLAYER_DIR));
@@ -107,8 +102,8 @@ protected:
         clearQuitRequest();
         uninit_skin();
         (void)chdir(mOldCwd.c_str());
-        SDL_SetRenderTarget(gRenderer, mOwnFrame ? nullptr : mFrame);
-        if (mOwnFrame) SDL_DestroyTexture(mOwnFrame);
+        SDL_SetRenderTarget(gRenderer, nullptr);
+        SDL_DestroyTexture(mFrame);
         SDL_DestroyTexture(mCheck);
         SdlScreenTest::TearDown();
     }
@@ -151,8 +146,7 @@ protected:
         });
     }
 
-    SDL_Texture* mFrame = nullptr;     // where the screen draws; not owned unless mOwnFrame
-    SDL_Texture* mOwnFrame = nullptr;  // owned: the test's own, where the screen has none
+    SDL_Texture* mFrame = nullptr;  // owned
     SDL_Texture* mCheck = nullptr;  // owned
     TempDeviceRoot mRoot;
     RecordingShell mShell;
