@@ -212,15 +212,6 @@ WpaMsg parseWpaStatus(const char* text) {
 
 WpaShell* systemWpaShell() { return &sSystemShell; }
 
-WpaMsg rx_get_wpa_msg(WpaShell* shell) {
-    static const StopFlag sNeverStopped;
-    WpaMsg msg;
-    pollOnce(shell ? shell : &sSystemShell, sNeverStopped, &msg);
-    return msg;
-}
-
-WpaMsg rx_get_wpa_msg() { return rx_get_wpa_msg(&sSystemShell); }
-
 int wifi_monitor_start(WpaShell* shell, int periodMs) {
     if (sThread.joinable()) {
         tprintf("wifi monitor already started.\n");

@@ -49,12 +49,6 @@ public:
 // The real one: the shell (runShellLine) and the process table. Never deleted.
 WpaShell* systemWpaShell();
 
-// One poll through `shell`, which nothing stops: the two wpa_cli commands
-// write the scratch file (DEVICE_PATH_WPA_STATUS), which is then read and
-// parsed. An unreadable file gives an all-zero record.
-WpaMsg rx_get_wpa_msg(WpaShell* shell);
-WpaMsg rx_get_wpa_msg();
-
 // Clears the published record and starts the monitor thread, which polls
 // every 3 s while the supplicant runs (the record keeps its last value while
 // it does not). 0 when started; -1, record untouched, when it already runs

@@ -1,31 +1,21 @@
 #!/usr/bin/env python3
-"""Counts the test clip's colours in a screenshot.
-
-    clip_colours.py SHOT.png X Y W H
-
-Prints two numbers: the share (0..1) of the pixels inside the rectangle that
-have one of the clip's colours, and how many pixels outside it have one.
-The clip is magenta on its left half and blue on its right; the interface
-uses neither, so any such pixel is the video showing through.
-"""
+"""clip_colours.py SHOT.png X Y W H: prints the share (0..1) of the rectangle
+in the test clip's colours (magenta, blue; the interface uses neither) and
+how many pixels outside it have them."""
 import sys
 
 from PIL import Image, ImageChops
 
-TOLERANCE = 40
+LOW, HIGH = 40, 255 - 40
 
 
 def clip_mask(image):
-    """255 where a pixel is magenta or blue within the tolerance, else 0."""
+    """255 where a pixel is magenta or blue: no green, full blue, red full or none."""
     red, green, blue = image.convert("RGB").split()
-    low, high = TOLERANCE, 255 - TOLERANCE
-    # Both colours: no green, full blue; red either full or none.
-    masks = (
-        green.point(lambda v: 255 if v <= low else 0),
-        blue.point(lambda v: 255 if v >= high else 0),
-        red.point(lambda v: 255 if v >= high or v <= low else 0),
-    )
-    return ImageChops.multiply(ImageChops.multiply(masks[0], masks[1]), masks[2])
+    no_green = green.point(lambda v: 255 if v <= LOW else 0)
+    full_blue = blue.point(lambda v: 255 if v >= HIGH else 0)
+    red_full_or_none = red.point(lambda v: 255 if v >= HIGH or v <= LOW else 0)
+    return ImageChops.multiply(ImageChops.multiply(no_green, full_blue), red_full_or_none)
 
 
 def main():

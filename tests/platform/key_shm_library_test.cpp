@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <string.h>
 
 #include <algorithm>
 #include <string>
@@ -9,9 +8,7 @@
 #include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
 
-// Our stand-in library (tests/support/shmvar_stand_in.cpp) is on this
-// program's library path as "libshmvar.so"; it keeps a 600-byte record in
-// the handle's room.
+// Our stand-in (support/shmvar_stand_in.cpp) is on the library path as libshmvar.so.
 TEST(KeyShmLibrary, UsesTheLibraryOnThePathElseTheStandInWithOneLogLine) {
     TempDeviceRoot root;
     const std::string standInFile = root.at(DEVICE_PATH_KEY_SHM);

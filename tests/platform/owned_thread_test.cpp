@@ -5,8 +5,7 @@
 #include <atomic>
 #include <memory>
 
-// A body that heeds its stop is joined at once. One held up where no flag
-// reaches (a latch the test holds, standing for a hung system call) costs
+// A body heeding its stop is joined at once; one held up (a hung call) costs
 // its owner only the bound, outlives it, and is joined late once it returns.
 TEST(OwnedThreadTest, AStopIsBoundedAndAHeldUpBodyIsJoinedLate) {
     {

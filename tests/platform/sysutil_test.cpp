@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <stdio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <string>
+
+#include "tests/support/temp_dir.h"
 
 TEST(CheckProcessExist, MatchesTheFirstArgumentEndingInTheNameOnly) {
     const std::string name = "kvprobe" + std::to_string(getpid());
@@ -22,15 +23,7 @@ TEST(CheckProcessExist, MatchesTheFirstArgumentEndingInTheNameOnly) {
         }
         // Wait until the exec has replaced the forked copy's command line.
         const std::string cmdline = "/proc/" + std::to_string(pid) + "/cmdline";
-        for (int i = 0; i < 200; i++) {
-            char buf[256] = {};
-            if (FILE* f = fopen(cmdline.c_str(), "r")) {
-                (void)fread(buf, 1, sizeof buf - 1, f);
-                fclose(f);
-            }
-            if (row.argv0 == buf) break;
-            usleep(5000);
-        }
+        for (int i = 0; i < 200 && readFile(cmdline).rfind(row.argv0 + '\0', 0) != 0; i++) usleep(5000);
         const int found = check_process_exist(name.c_str(), 0);
         kill(pid, SIGKILL);
         waitpid(pid, nullptr, 0);
@@ -39,8 +32,7 @@ TEST(CheckProcessExist, MatchesTheFirstArgumentEndingInTheNameOnly) {
     EXPECT_EQ(check_process_exist(name.c_str()), -1) << "gone once killed";
 }
 
-// Where nothing reaps a dead child (containers, some desktops) it lingers as
-// a zombie; it must not count as a running decoder.
+// An unreaped dead child (a zombie) does not count as a running decoder.
 TEST(CheckProcessExist, AZombieIsNotARunningProcess) {
     const std::string name = "kvzombie" + std::to_string(getpid());
     pid_t pid = fork();

@@ -8,8 +8,7 @@
 
 #include "tests/support/temp_dir.h"
 
-// Collects everything written to standard output (printf and the logger
-// alike) while the object lives.
+// Collects everything written to standard output while the object lives.
 class CaptureStdout {
 public:
     CaptureStdout() {
@@ -21,8 +20,7 @@ public:
         dup2(fd, STDOUT_FILENO);
         close(fd);
     }
-    // Not finished by the test: a failed assertion returned early, and its
-    // message went into the capture. Pass everything on.
+    // Not finished: an assertion returned early. Pass everything on.
     ~CaptureStdout() {
         if (mSavedFd >= 0) fputs(finish().c_str(), stdout);
     }
@@ -40,6 +38,5 @@ public:
 
 private:
     int mSavedFd;
-    std::string mPath;
-    std::string mText;
+    std::string mPath, mText;
 };

@@ -1,6 +1,5 @@
-// Stand-in decoder for the client tests. Writes the arguments it received,
-// NUL-terminated, to "avworker.args" in its working folder, then waits to be
-// killed, as the real decoder runs until it is told to go.
+// Stand-in decoder: writes its arguments, NUL-terminated, to "avworker.args"
+// in its working folder, then waits to be killed as the real one does.
 #include <fcntl.h>
 #include <stdio.h>
 #include <string.h>

@@ -5,8 +5,7 @@
 
 #include "platform/video_plane.h"
 
-// Draws one frame of a single colour (0xRRGGBB) at `rect`, as a decoder
-// would, and publishes it.
+// Publishes one frame of a single colour (0xRRGGBB) at `rect`, as a decoder would.
 inline void publishFrame(VideoPlaneWriter& writer, VideoRect rect, uint32_t colour) {
     size_t stride = 0;
     uint8_t* rows = writer.beginFrame(rect, &stride);

@@ -8,10 +8,9 @@
 #include "platform/stop_flag.h"
 #include "player/decoder_shell.h"
 
-// Stand-in for the decoder's shell: records every line instead of running
-// it, and plays the process table: a start line brings up a decoder with a
-// new pid, the kill line ends it. A start line can be held until released,
-// to catch the client in the middle of a start.
+// Stand-in for the decoder's shell: records every line instead of running it
+// and plays the process table (a start line brings up a decoder with a new
+// pid, the kill line ends it). Starts can be held, to catch a client mid-start.
 class RecordingShell : public DecoderShell {
 public:
     void run(const std::string& line, const StopFlag* stop) override {
@@ -38,32 +37,26 @@ public:
         std::lock_guard<std::mutex> hold(mLock);
         return mLines;
     }
-    // A decoder this client did not start runs, as one a killed run left.
-    void leaveDecoder() {
+    // A decoder this client did not start runs (a killed run left it), or
+    // the decoder dies on its own (a crash, a kill from outside).
+    void setDecoder(bool running) {
         std::lock_guard<std::mutex> hold(mLock);
-        mPid = ++mLastPid;
-    }
-    // The decoder dies on its own (a crash, a kill from outside).
-    void crash() {
-        std::lock_guard<std::mutex> hold(mLock);
-        mPid = -1;
+        mPid = running ? ++mLastPid : -1;
     }
     void holdStarts(bool on) {
         std::lock_guard<std::mutex> hold(mLock);
         mHoldStarts = on;
         mChanged.notify_all();
     }
-    // Waits (bounded) until `count` lines were run.
     bool waitForLines(size_t count) {
         std::unique_lock<std::mutex> hold(mLock);
         return mChanged.wait_for(hold, std::chrono::seconds(10), [&] { return mLines.size() >= count; });
     }
 
 private:
-    std::mutex mLock;
+    std::mutex mLock;  // guards all below
     std::condition_variable mChanged;
-    std::vector<std::string> mLines;  // guarded by mLock
-    int mPid = -1;
-    int mLastPid = 1000;
+    std::vector<std::string> mLines;
+    int mPid = -1, mLastPid = 1000;
     bool mHoldStarts = false;
 };

@@ -7,18 +7,15 @@
 
 #include "toolkit/keycodes.h"
 
-// Queues user events carrying `codes` all at once, as keys that arrive
-// while the loop is busy, and lets the handler (a list, menu or window) take
-// them, plus whatever the handling posts in turn, off the queue. SDL may
-// answer one poll empty after a round of events, so reading goes on while
-// user events are queued. Returns the last result that was not KEY_NONE.
+// Queues user events carrying `codes` at once, as keys that arrive while the
+// loop is busy, and lets the handler (a list, menu or window) take them and
+// what it posts in turn. Returns the last result that was not KEY_NONE.
 template <class Handler>
-int pressKeys(Handler& handler, std::initializer_list<int> codes, void* data = nullptr) {
+int pressKeys(Handler& handler, std::initializer_list<int> codes) {
     for (int code : codes) {
         SDL_Event e = {};
         e.type = SDL_USEREVENT;
         e.user.code = code;
-        e.user.data1 = data;
         EXPECT_EQ(SDL_PushEvent(&e), 1) << SDL_GetError();
     }
     int result = KEY_NONE;
@@ -30,10 +27,9 @@ int pressKeys(Handler& handler, std::initializer_list<int> codes, void* data = n
     return result;
 }
 
-// One user event carrying `code` (and `data` in data1), as pressKeys.
 template <class Handler>
-int pressKey(Handler& handler, int code, void* data = nullptr) {
-    return pressKeys(handler, {code}, data);
+int pressKey(Handler& handler, int code) {
+    return pressKeys(handler, {code});
 }
 
 // Whether a user event with `code` waits in SDL's queue (peeked, not taken).
@@ -46,8 +42,7 @@ inline bool queued(int code) {
     return false;
 }
 
-// Waits (bounded) until a user event with `code` is queued, such as news
-// another thread posts.
+// Waits (bounded) until a user event with `code` is queued.
 inline bool waitQueued(int code) {
     for (int i = 0; i < 500 && !queued(code); i++) SDL_Delay(10);
     return queued(code);

@@ -13,16 +13,13 @@
 
 namespace {
 
-int collectLibrary(struct dl_phdr_info* info, size_t, void* names) {
-    if (info->dlpi_name && info->dlpi_name[0])
-        static_cast<std::vector<std::string>*>(names)->push_back(info->dlpi_name);
+int collectLibrary(struct dl_phdr_info* info, size_t, void* out) {
+    if (info->dlpi_name && info->dlpi_name[0]) static_cast<std::vector<std::string>*>(out)->push_back(info->dlpi_name);
     return 0;
 }
 
-// The GL driver libraries that SDL loads keep allocations in their own
-// globals and are unloaded again at SDL_Quit, after which LeakSanitizer
-// reports those allocations as leaks. Keeping every loaded library mapped
-// keeps their globals visible to it.
+// GL driver libraries unloaded at SDL_Quit would leave their globals' allocations
+// to LeakSanitizer as leaks; keeping every loaded library mapped prevents that.
 void pinLoadedLibraries() {
     std::vector<std::string> names;
     dl_iterate_phdr(collectLibrary, &names);
@@ -56,9 +53,17 @@ void SdlScreenTest::SetUp() {
     ASSERT_EQ(TTF_Init(), 0) << SDL_GetError();
     ASSERT_NE(ScreenInit(1280, 720, 32, 0), 0) << SDL_GetError();
     pinLoadedLibraries();
+    char cwd[4096], tmpl[] = "/tmp/kovani_draw_XXXXXX";
+    ASSERT_TRUE(getcwd(cwd, sizeof cwd) && mkdtemp(tmpl));
+    mOldCwd = cwd;
+    mDir = std::string(tmpl) + "/";
+    ASSERT_EQ(chdir(tmpl), 0);
 }
 
 void SdlScreenTest::TearDown() {
+    EXPECT_TRUE(mOldCwd.empty() || chdir(mOldCwd.c_str()) == 0);
+    std::error_code ec;
+    if (!mDir.empty()) std::filesystem::remove_all(mDir, ec);
     for (TTF_Font* f : mFonts) TTF_CloseFont(f);
     mFonts.clear();
     ScreenUninit();
@@ -67,9 +72,7 @@ void SdlScreenTest::TearDown() {
 }
 
 SDL_Color SdlScreenTest::pixel(int x, int y) {
-    SDL_Rect r = {x, y, 1, 1};
-    Uint32 value = 0;
-    SDL_RenderReadPixels(gRenderer, &r, SDL_PIXELFORMAT_ARGB8888, &value, 4);
+    const Uint32 value = pixels({x, y, 1, 1})[0];
     return SDL_Color{Uint8(value >> 16), Uint8(value >> 8), Uint8(value), Uint8(value >> 24)};
 }
 
@@ -90,29 +93,9 @@ TTF_Font* SdlScreenTest::font(int size) {
     return f;
 }
 
-void DrawTest::SetUp() {
-    SdlScreenTest::SetUp();
-    char cwd[4096];
-    ASSERT_TRUE(getcwd(cwd, sizeof cwd));
-    mOldCwd = cwd;
-    char tmpl[] = "/tmp/kovani_draw_XXXXXX";
-    ASSERT_TRUE(mkdtemp(tmpl));
-    mDir = std::string(tmpl) + "/";
-    ASSERT_EQ(chdir(tmpl), 0);
-}
+SDL_Rect SdlScreenTest::inkBounds(SDL_Color background, SDL_Rect area) { return boundsOf(background, area, false); }
 
-void DrawTest::TearDown() {
-    if (!mOldCwd.empty()) {
-        EXPECT_EQ(chdir(mOldCwd.c_str()), 0);
-    }
-    std::error_code ec;
-    if (!mDir.empty()) std::filesystem::remove_all(mDir, ec);
-    SdlScreenTest::TearDown();
-}
-
-SDL_Rect DrawTest::inkBounds(SDL_Color background, SDL_Rect area) { return boundsOf(background, area, false); }
-
-SDL_Rect DrawTest::colorBounds(SDL_Color color, SDL_Rect area) { return boundsOf(color, area, true); }
+SDL_Rect SdlScreenTest::colorBounds(SDL_Color color, SDL_Rect area) { return boundsOf(color, area, true); }
 
 void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel) {
     makeDirs(std::filesystem::path(path).parent_path());

@@ -8,7 +8,8 @@
 #include <vector>
 
 // A real 1280 x 720 screen on SDL's offscreen driver, opened through the
-// toolkit's ScreenInit, with pixel read-back. Use as a fixture base.
+// toolkit's ScreenInit, with pixel read-back, in a fresh temporary working
+// folder (so "./" names a folder the test fills). Use as a fixture base.
 class SdlScreenTest : public ::testing::Test {
 protected:
     void SetUp() override;
@@ -18,39 +19,24 @@ protected:
     SDL_Color pixel(int x, int y);
     // The ARGB pixels of `area` of the current frame, row by row.
     std::vector<Uint32> pixels(SDL_Rect area);
-    // Fills the whole frame with one opaque colour.
     void clear(Uint8 r, Uint8 g, Uint8 b);
-    // Opens the test font (a Debian font package) at `size` points; closed
-    // in TearDown.
+    // The test font at `size` points; closed in TearDown.
     TTF_Font* font(int size);
-
-private:
-    std::vector<TTF_Font*> mFonts;
-};
-
-// The same in a fresh temporary working folder, so "./" names a folder the
-// test fills. The folder is removed afterwards.
-class DrawTest : public SdlScreenTest {
-protected:
-    void SetUp() override;
-    void TearDown() override;
-
     // The temporary working folder, ending in '/'.
     const std::string& dir() const { return mDir; }
-
-    // Smallest rectangle holding every pixel of `area` that differs from
-    // `background`; w = 0 when there is none.
+    // Smallest rectangle of `area` holding every pixel that differs from
+    // `background` (inkBounds) or is `color` (colorBounds); w = 0 for none.
     SDL_Rect inkBounds(SDL_Color background, SDL_Rect area = {0, 0, 1280, 720});
-    // Smallest rectangle holding every pixel of `area` of exactly `color`.
     SDL_Rect colorBounds(SDL_Color color, SDL_Rect area = {0, 0, 1280, 720});
 
 private:
+    std::vector<TTF_Font*> mFonts;
     std::string mDir;
     std::string mOldCwd;
 };
 
-// Writes a w x h PNG of one colour; `bytesPerPixel` 1 (palette), 3 or 4
-// chooses how it is stored. Creates missing folders.
+// Writes a w x h PNG of one colour, stored with `bytesPerPixel` 1 (palette),
+// 3 or 4. Creates missing folders.
 void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel);
 
 bool sameColor(SDL_Color a, SDL_Color b);

@@ -1,8 +1,6 @@
-// Our own stand-in for the device's key memory library, built only for the
-// tests: the four functions under their plain C names, the handle record
-// kept in the caller's room. Its record is 600 bytes, larger than any record
-// of ours, to show the room is big enough and that nothing past it is used.
-// The values live in memory shared with forked children.
+// Our own stand-in for the device's key memory library, for the tests: the
+// four functions under their plain C names, a 600-byte handle record (larger
+// than ours) kept in the caller's room, values shared with forked children.
 #include <string.h>
 #include <sys/mman.h>
 
@@ -31,10 +29,9 @@ extern "C" {
 
 int InitKeyShm(void* handle) {
     if (!handle) return -1;
-    // The caller hands over zeroed room.
     const unsigned char* bytes = static_cast<const unsigned char*>(handle);
     for (size_t i = 0; i < sizeof(Record); i++)
-        if (bytes[i] != 0) return -2;
+        if (bytes[i] != 0) return -2;  // the caller hands over zeroed room
     if (!sValues) {
         void* map = mmap(nullptr, sizeof(int) * kSlots, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         if (map == MAP_FAILED) return -1;

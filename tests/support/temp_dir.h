@@ -2,8 +2,7 @@
 
 #include <string>
 
-// A fresh temporary folder that every device path points into while the
-// object lives; removed with its contents afterwards.
+// A temporary folder every device path points into while the object lives.
 class TempDeviceRoot {
 public:
     TempDeviceRoot();
@@ -17,8 +16,7 @@ private:
     std::string mOldPrefix;
 };
 
-// Writes `text` to `path` through a temporary file and a rename, so a reader
-// never sees half of it. Creates missing parent folders.
+// Writes `text` through a temporary file and a rename; creates missing folders.
 void writeFileAtomic(const std::string& path, const std::string& text);
 // Whole file, or "" when missing.
 std::string readFile(const std::string& path);

@@ -15,8 +15,7 @@
 #include "toolkit/keycodes.h"
 #include "toolkit/text_menu_item.h"
 
-// Entries as the application makes them: a folder's action asks for a
-// folder change, a file's posts EVENT_PLAY_FILE.
+// Entries as the application makes them: a folder change, or EVENT_PLAY_FILE.
 class TestFileAction : public FileAction {
 public:
     TestFileAction(const char* path, int type) : FileAction(path, type) {}
@@ -42,9 +41,8 @@ inline std::vector<std::string> labelsOf(const std::vector<void*>* list) {
     return out;
 }
 
-// A fresh folder, removed with its contents afterwards. It is made in the
-// memory file system when there is one, where making the thousands of files
-// of the large-folder tests takes a tenth of the time it takes on disk.
+// A fresh folder, removed with its contents afterwards; in the memory file
+// system when there is one, where thousands of files are made ten times faster.
 class TempFolder {
 public:
     TempFolder() {
@@ -60,19 +58,16 @@ public:
         std::error_code ec;
         std::filesystem::remove_all(mPath, ec);
     }
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
 
     const std::string& path() const { return mPath; }
     std::string operator/(const std::string& name) const { return mPath + "/" + name; }
-    // Makes folder `name` (and its parents) inside; returns its path.
+    // Make folder or empty file `name` (and missing folders) inside; return its path.
     std::string dir(const std::string& name) const {
         std::filesystem::create_directories(*this / name);
         return *this / name;
     }
-    // Makes empty file `name` (and its folders) inside; returns its path.
     std::string file(const std::string& name) const {
-        std::filesystem::create_directories(std::filesystem::path(*this / name).parent_path());
+        dir(std::filesystem::path(name).parent_path());
         std::ofstream(*this / name).close();
         return *this / name;
     }

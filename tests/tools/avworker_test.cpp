@@ -1,4 +1,3 @@
-#include <cjson/cJSON.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
@@ -8,6 +7,7 @@
 
 #include <atomic>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,47 +37,13 @@ public:
     std::atomic<int> mCompletions{0};
 };
 
-// Restores one environment variable when the test ends.
-class SavedEnv {
-public:
-    explicit SavedEnv(const char* name) : mName(name) {
-        const char* value = getenv(name);
-        mSet = value != nullptr;
-        if (mSet) mValue = value;
-    }
-    const std::string& value() const { return mValue; }
-    ~SavedEnv() {
-        if (mSet)
-            setenv(mName.c_str(), mValue.c_str(), 1);
-        else
-            unsetenv(mName.c_str());
-    }
-
-private:
-    std::string mName;
-    std::string mValue;
-    bool mSet;
-};
-
-// The real decoder, headless, driven through the player's own client, with
-// every device path inside a temporary root.
+// The real decoder, headless, through the player's client, in a temporary root.
 class AvworkerTest : public ::testing::Test {
 protected:
-    // A clip of `seconds` in the temporary root: 320x240 at 25 frames a
-    // second with two audio tracks (440 and 880 Hz); "" when ffmpeg fails.
-    std::string makeClip(const char* name, int seconds) {
-        const std::string path = mRoot.path() + "/" + name;
-        const std::string line =
-            "ffmpeg -loglevel error -y -f lavfi -i testsrc=size=320x240:rate=25 "
-            "-f lavfi -i sine=frequency=440 -f lavfi -i sine=frequency=880 "
-            "-map 0 -map 1 -map 2 -t " + std::to_string(seconds) +
-            " -c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac '" + path + "'";
-        EXPECT_EQ(system(line.c_str()), 0) << line;
-        return fileExists(path) ? path : "";
-    }
-
     void SetUp() override {
-        setenv("PATH", (std::string(KOVANI_TEST_AVWORKER_DIR) + ":" + mPath.value()).c_str(), 1);
+        for (const char* name : {"PATH", "KOVANI_PATH_PREFIX", "DISPLAY", "WAYLAND_DISPLAY"})
+            mSavedEnv.emplace_back(name, getenv(name) ? std::optional<std::string>(getenv(name)) : std::nullopt);
+        setenv("PATH", (KOVANI_TEST_AVWORKER_DIR ":" + mSavedEnv[0].second.value_or("")).c_str(), 1);
         setenv("KOVANI_PATH_PREFIX", mRoot.path().c_str(), 1);
         unsetenv("DISPLAY");
         unsetenv("WAYLAND_DISPLAY");
@@ -85,84 +51,23 @@ protected:
     void TearDown() override {
         (void)system("killall -q avworker");
         EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 10000));
+        for (const auto& [name, value] : mSavedEnv)
+            value ? setenv(name, value->c_str(), 1) : unsetenv(name);
     }
-
-    // A number from the status file the decoder wrote last; -1 when missing.
-    int statusNumber(const char* key) const {
-        cJSON* doc = cJSON_Parse(readFile(mRoot.at(DEVICE_PATH_PLAYER_STATUS)).c_str());
-        const cJSON* item = cJSON_GetObjectItemCaseSensitive(doc, key);
-        const int value = cJSON_IsNumber(item) ? item->valueint : -1;
-        cJSON_Delete(doc);
-        return value;
+    // A clip of `seconds` of `video` at 25 frames a second, with a tone.
+    std::string makeClip(const char* name, int seconds, const char* video = "testsrc=size=320x240") {
+        const std::string path = mRoot.path() + "/" + name;
+        const std::string line = std::string("ffmpeg -loglevel error -y -f lavfi -i ") + video +
+                                 ":rate=25 -f lavfi -i sine=frequency=440 -c:a aac -t " + std::to_string(seconds) +
+                                 " -c:v libx264 -preset ultrafast -pix_fmt yuv420p '" + path + "'";
+        EXPECT_EQ(system(line.c_str()), 0) << line;
+        return fileExists(path) ? path : "";
     }
-    std::string statusText() const { return readFile(mRoot.at(DEVICE_PATH_PLAYER_STATUS)); }
-    // The state word from the status file the decoder wrote last.
-    std::string statusWord() const {
-        cJSON* doc = cJSON_Parse(readFile(mRoot.at(DEVICE_PATH_PLAYER_STATUS)).c_str());
-        const cJSON* item = cJSON_GetObjectItemCaseSensitive(doc, "status");
-        const std::string word = cJSON_IsString(item) ? item->valuestring : "";
-        cJSON_Delete(doc);
-        return word;
-    }
-
-    SavedEnv mPath{"PATH"};
-    SavedEnv mPrefix{"KOVANI_PATH_PREFIX"};
-    SavedEnv mDisplay{"DISPLAY"};
-    SavedEnv mWayland{"WAYLAND_DISPLAY"};
+    std::vector<std::pair<const char*, std::optional<std::string>>> mSavedEnv;  // restored afterwards
     TempDeviceRoot mRoot;
 };
 
 }  // namespace
-
-TEST_F(AvworkerTest, PlaysHoldsWhilePausedAndStepsTenSecondsPerCommand) {
-    const std::string clip = makeClip("long clip.mp4", 25);
-    ASSERT_FALSE(clip.empty());
-    KovaniPlayer player(nullptr);
-    player.setUrl(clip.c_str());
-    ASSERT_EQ(player.prepare(), 0);
-    ASSERT_EQ(player.play(), 0);
-    ASSERT_TRUE(waitFor([&] { return player.getPositionMS() > 0; }, 10000));
-    EXPECT_NEAR(player.getDurationMS(), 25000, 100);
-
-    player.pause();
-    ASSERT_TRUE(waitFor([&] { return statusWord() == "paused"; }, 10000)) << statusText();
-    const int held = statusNumber("position");
-    sleep(1);
-    EXPECT_NEAR(statusNumber("position"), held, 100);
-
-    // The same command twice in a row acts twice.
-    player.fastForward();
-    player.fastForward();
-    ASSERT_TRUE(waitFor([&] { return statusNumber("position") >= held + 19000; }, 10000));
-    EXPECT_NEAR(statusNumber("position"), held + 20000, 100);
-
-    player.fastBackward();
-    ASSERT_TRUE(waitFor([&] { return statusNumber("position") <= held + 11000; }, 10000));
-    EXPECT_NEAR(statusNumber("position"), held + 10000, 100);
-    EXPECT_EQ(statusWord(), "paused") << "stepping keeps the pause";
-}
-
-TEST_F(AvworkerTest, ReportsPictureSizeAudioStreamsTrackAndVolume) {
-    const std::string clip = makeClip("long clip.mp4", 25);
-    ASSERT_FALSE(clip.empty());
-    KovaniPlayer player(nullptr);
-    player.setUrl(clip.c_str());
-    ASSERT_EQ(player.prepare(), 0);
-    ASSERT_TRUE(waitFor([&] { return player.getAudioTrackNum() == 2; }, 10000));
-    EXPECT_EQ(player.getVideoWidth(), 320);
-    EXPECT_EQ(player.getVideoHeight(), 240);
-    EXPECT_EQ(player.getAudioTrack(), 0) << "tracks are counted from 0";
-
-    player.switchAudio(1);
-    ASSERT_TRUE(waitFor([&] { return player.getAudioTrack() == 1; }, 10000));
-
-    // A track the file lacks is refused; the later volume command shows that
-    // the decoder has handled it by then.
-    player.switchAudio(2);
-    player.setVolume(40);
-    ASSERT_TRUE(waitFor([&] { return player.getVolume() == 40; }, 10000));
-    EXPECT_EQ(player.getAudioTrack(), 1);
-}
 
 TEST_F(AvworkerTest, FinishedFileReportsCompletedAndDecoderRunsUntilStopped) {
     const std::string clip = makeClip("short.mp4", 3);
@@ -173,26 +78,15 @@ TEST_F(AvworkerTest, FinishedFileReportsCompletedAndDecoderRunsUntilStopped) {
     ASSERT_EQ(player.prepare(), 0);
     EXPECT_FALSE(player.isComplete());
     ASSERT_EQ(player.play(), 0);
-    ASSERT_TRUE(waitFor([&] { return player.isComplete(); }, 10000)) << statusText();
+    ASSERT_TRUE(waitFor([&] { return player.isComplete(); }, 10000));
     EXPECT_NEAR(player.getPositionMS(), 3000, 100);
     EXPECT_GT(check_process_exist("avworker"), 0) << "the decoder waits to be killed";
 
     player.stop();
     EXPECT_TRUE(waitFor([] { return check_process_exist("avworker") == -1; }, 10000));
     EXPECT_EQ(handler.mCompletions, 1);
-    EXPECT_EQ(statusWord(), "completed") << "the last status stays for the watcher";
-}
-
-TEST_F(AvworkerTest, UnplayableFileReportsErrorNotCompleted) {
-    const std::string broken = mRoot.path() + "/broken.mp4";
-    writeFileAtomic(broken, "not a video");
-    KovaniPlayer player(nullptr);
-    player.setUrl(broken.c_str());
-    ASSERT_EQ(player.prepare(), 0);
-    player.play();
-    ASSERT_TRUE(waitFor([&] { return statusWord() == "error"; }, 10000));
-    EXPECT_FALSE(player.isComplete());
-    EXPECT_GT(check_process_exist("avworker"), 0);
+    EXPECT_NE(readFile(mRoot.at(DEVICE_PATH_PLAYER_STATUS)).find("\"completed\""), std::string::npos)
+        << "the last status stays for the watcher";
 }
 
 namespace {
@@ -224,14 +118,11 @@ bool near(uint32_t got, uint32_t want) {
 
 }  // namespace
 
-// The picture goes into the video plane at the rectangle of the last "win",
-// fitted with black bars; it follows the rectangle while paused and goes
-// with the decoder.
+// The picture goes into the plane at the last "win" rectangle, fitted, following
+// it while paused, and goes with the decoder.
 TEST_F(AvworkerTest, DrawsIntoTheVideoPlaneAtTheWindowRectangle) {
-    const std::string clip = mRoot.path() + "/magenta.mp4";
-    const std::string line = "ffmpeg -loglevel error -y -f lavfi -i color=c=0xFF00FF:size=320x240:rate=25 -t 20 "
-                             "-c:v libx264 -preset ultrafast -pix_fmt yuv420p '" + clip + "'";
-    ASSERT_EQ(system(line.c_str()), 0) << line;
+    const std::string clip = makeClip("magenta.mp4", 20, "color=c=0xFF00FF:size=320x240");
+    ASSERT_FALSE(clip.empty());
     KovaniPlayer player(nullptr);
     player.setUrl(clip.c_str());
     ASSERT_EQ(player.prepare(), 0);
@@ -268,49 +159,23 @@ TEST_F(AvworkerTest, DrawsIntoTheVideoPlaneAtTheWindowRectangle) {
 }
 
 TEST(DecoderCommandParser, AcceptsExactlyTheCommandLinesThePlayerWrites) {
-    struct Row {
-        const char* text;
-        int rc;
-        DecoderCommandType type;
-        int args[4];
+    const struct { const char* text; DecoderCommandType type; int args[4]; } good[] = {
+        {"play\n", DECODER_COMMAND_PLAY, {}},
+        {"pause", DECODER_COMMAND_PAUSE, {}},
+        {"  fastforward \r\n", DECODER_COMMAND_FORWARD, {}},
+        {"audiotrack 2\n", DECODER_COMMAND_AUDIO_TRACK, {2}},
+        {"volume 40\n", DECODER_COMMAND_VOLUME, {40}},
+        {"win 650 85 610 360\n", DECODER_COMMAND_WINDOW, {650, 85, 610, 360}},
     };
-    const Row rows[] = {
-        {"play\n", 0, DECODER_COMMAND_PLAY, {}},
-        {"pause", 0, DECODER_COMMAND_PAUSE, {}},
-        {"  fastforward \r\n", 0, DECODER_COMMAND_FORWARD, {}},
-        {"rewind\n", 0, DECODER_COMMAND_REWIND, {}},
-        {"audiotrack 2\n", 0, DECODER_COMMAND_AUDIO_TRACK, {2}},
-        {"audiotrack  0", 0, DECODER_COMMAND_AUDIO_TRACK, {0}},
-        {"volume 40\n", 0, DECODER_COMMAND_VOLUME, {40}},
-        {"win 650 85 610 360\n", 0, DECODER_COMMAND_WINDOW, {650, 85, 610, 360}},
-        {"win -5 0 1280 720", 0, DECODER_COMMAND_WINDOW, {-5, 0, 1280, 720}},
-        {"", -1, DECODER_COMMAND_PLAY, {}},
-        {" \n", -1, DECODER_COMMAND_PLAY, {}},
-        {"PLAY\n", -1, DECODER_COMMAND_PLAY, {}},
-        {"playx", -1, DECODER_COMMAND_PLAY, {}},
-        {"play now", -1, DECODER_COMMAND_PLAY, {}},
-        {"play\npause\n", -1, DECODER_COMMAND_PLAY, {}},
-        {"audiotrack", -1, DECODER_COMMAND_PLAY, {}},
-        {"audiotrack one", -1, DECODER_COMMAND_PLAY, {}},
-        {"audiotrack 1 2", -1, DECODER_COMMAND_PLAY, {}},
-        {"audiotrack -1", -1, DECODER_COMMAND_PLAY, {}},
-        {"audiotrack +1", -1, DECODER_COMMAND_PLAY, {}},
-        {"audiotrack 1x", -1, DECODER_COMMAND_PLAY, {}},
-        {"volume -3", -1, DECODER_COMMAND_PLAY, {}},
-        {"volume 99999999999", -1, DECODER_COMMAND_PLAY, {}},
-        {"win 0 0 1280", -1, DECODER_COMMAND_PLAY, {}},
-        {"win 0 0 0 720", -1, DECODER_COMMAND_PLAY, {}},
-        {"win 0 0 1280 -720", -1, DECODER_COMMAND_PLAY, {}},
-        {"\"win 0 0 1280 720\"", -1, DECODER_COMMAND_PLAY, {}},
-    };
-    for (const Row& row : rows) {
+    for (const auto& row : good) {
         DecoderCommand command = {DECODER_COMMAND_PLAY, {-9, -9, -9, -9}};
-        EXPECT_EQ(parseDecoderCommand(row.text, &command), row.rc) << '"' << row.text << '"';
-        if (row.rc != 0) continue;
+        ASSERT_EQ(parseDecoderCommand(row.text, &command), 0) << row.text;
         EXPECT_EQ(command.type, row.type) << row.text;
-        // Numbers a command does not take read 0.
-        for (int i = 0; i < 4; i++) EXPECT_EQ(command.args[i], row.args[i]) << row.text;
+        for (int i = 0; i < 4; i++) EXPECT_EQ(command.args[i], row.args[i]) << row.text;  // unused ones read 0
     }
     DecoderCommand command;
+    for (const char* bad : {"", "PLAY\n", "play now", "play\npause\n", "audiotrack one", "audiotrack -1", "volume -3",
+                            "volume 99999999999", "win 0 0 1280", "win 0 0 1280 -720", "\"win 0 0 1280 720\""})
+        EXPECT_EQ(parseDecoderCommand(bad, &command), -1) << bad;
     EXPECT_EQ(parseDecoderCommand(nullptr, &command), -1);
 }
