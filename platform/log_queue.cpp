@@ -13,9 +13,10 @@
 
 namespace {
 const int kWriterNice = 10;
-// How long the writer waits for more lines after a batch, before it sleeps
-// until woken: the most a line waits to be written during a burst.
-const int kNapMs = 2;
+// While lines keep coming the writer looks again after kLookMs, for at most
+// kBurstMs: the longest a line of a burst waits to be written.
+const int kLookMs = 2;
+const int kBurstMs = 100;
 // A batch buffer larger than this is given back after its burst.
 const size_t kKeptBytes = 256 * 1024;
 }  // namespace
@@ -119,21 +120,25 @@ void LogQueue::run() {
         // Stays at the caller's priority: only slower under load.
     }
     std::vector<char> batch;
-    bool napped = false;
     while (true) {
         unsigned trailing = 0;
         {
             std::unique_lock<std::mutex> hold(mLock);
-            // After a batch the writer naps once before it asks to be woken:
-            // lines of a burst then cost their callers no wake-up each.
-            if (mLines == 0 && mDropped == 0 && mState == RUNNING && !napped) {
-                mWake.wait_for(hold, std::chrono::milliseconds(kNapMs));
-                napped = true;
-            }
             while (mLines == 0 && mDropped == 0 && mState == RUNNING) {
                 mWriterWaiting = true;
                 mWake.wait(hold);
                 mWriterWaiting = false;
+            }
+            // A burst (a folder's lines) is let finish before it is written:
+            // meanwhile the processor is the burst's caller's, and its lines
+            // cost it no wake-up each. The writer looks every few ms whether
+            // lines still come, up to a bound or half the queue.
+            const auto settled = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBurstMs);
+            while (mState == RUNNING && mLines > 0 && mLines < mCapacity / 2 &&
+                   std::chrono::steady_clock::now() < settled) {
+                const size_t before = mLines;
+                mWake.wait_for(hold, std::chrono::milliseconds(kLookMs));
+                if (mLines == before) break;
             }
             if (mState == DISCARDING) {
                 mDropped += countLines(mQueue, 0);
@@ -144,7 +149,6 @@ void LogQueue::run() {
                 // The callers go on in the buffer the last batch left.
                 batch.swap(mQueue);
                 mLines = 0;
-                napped = false;
             } else if (mDropped > 0) {
                 trailing = mDropped;
                 mDropped = 0;

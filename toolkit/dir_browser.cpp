@@ -50,6 +50,12 @@ void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items) {
     const bool ordered = std::all_of(items.begin(), items.end(), hasAction) &&
                          std::all_of(list->begin(), list->end(), hasAction);
     if (ordered) std::stable_sort(items.begin(), items.end(), listsBefore);
+    // Sorted entries of an empty list are already where inserting them
+    // would put them: no search is needed.
+    if (ordered && list->empty()) {
+        list->assign(items.begin(), items.end());
+        return;
+    }
     list->reserve(list->size() + items.size());
     for (TextMenuItem* item : items) additemsorted(list, item);
 }
