@@ -100,8 +100,7 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mLastPlayedTime(0),
       mCurrentNameIdx(-1),
       mDrawnKey(0),
-      mStatic(nullptr),
-      mStaticKey(0),
+      mStaticPicture(1280, 720),
       mComposeStatic(true) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
@@ -116,7 +115,6 @@ PlayerWindow::~PlayerWindow() {
     // is waited for a bounded time and then left to main's last step, so the
     // shutdown goes on and saves the settings.
     mLoader.stop(kLoaderStopMs);
-    if (mStatic) SDL_DestroyTexture(mStatic);
     releaseImages();
 }
 
@@ -499,36 +497,17 @@ void PlayerWindow::drawStaticParts() {
     drawPanelImages();
 }
 
-// The static parts are composed once into a texture, transparent hole
-// included, and copied whole (no blending) in place of the screen's clear;
-// they are composed anew only when what they show changes.
+// The static parts, transparent hole included, come from a picture composed
+// once and copied whole in place of the screen's clear; it holds the list's
+// normal row images too while the list is shown.
 bool PlayerWindow::copyStaticParts() {
-    if (!mComposeStatic) return false;
+    if (!mComposeStatic) {
+        mMenu.setNormalBackgroundsDrawn(false);
+        return false;
+    }
     const uint32_t key = 1u | (uint32_t)mPlayed << 1 | (uint32_t)mPlaying << 2 |
                          (uint32_t)isConfirmKey(KEY_B) << 3;
-    if (!mStatic) {
-        mStatic = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
-        if (!mStatic) {
-            tprintf("compose player frame fail: %s\n", SDL_GetError());
-            mComposeStatic = false;
-            return false;
-        }
-        SDL_SetTextureBlendMode(mStatic, SDL_BLENDMODE_NONE);
-        // Copied pixel for pixel: filtering would only cost.
-        SDL_SetTextureScaleMode(mStatic, SDL_ScaleModeNearest);
-        mStaticKey = 0;
-    }
-    if (key != mStaticKey) {
-        SDL_Texture* screen = SDL_GetRenderTarget(gRenderer);
-        SDL_SetRenderTarget(gRenderer, mStatic);
-        SDL_SetRenderDrawColor(gRenderer, 0, 0, 0, 0);
-        SDL_RenderClear(gRenderer);
-        drawStaticParts();
-        SDL_SetRenderTarget(gRenderer, screen);
-        mStaticKey = key;
-    }
-    SDL_RenderCopy(gRenderer, mStatic, nullptr, nullptr);
-    return true;
+    return mStaticPicture.copy(key, [this] { drawStaticParts(); }, stillLoading() ? nullptr : &mMenu);
 }
 
 void PlayerWindow::setComposeStatic(bool on) { mComposeStatic = on; }

@@ -11,6 +11,7 @@
 #include "playlist.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/kovani_surface.h"
+#include "toolkit/static_picture.h"
 #include "toolkit/window.h"
 
 // The player's own event: the decoder exited without being stopped.
@@ -128,8 +129,7 @@ private:
     std::string mCurrentName;
     int mCurrentNameIdx;
     uint64_t mDrawnKey;   // viewKey() of the last frame drawn
-    SDL_Texture* mStatic;  // owned: the composed static parts; null until first drawn
-    uint32_t mStaticKey;   // what mStatic shows; 0: nothing yet
+    StaticPicture mStaticPicture;
     bool mComposeStatic;
     Playlist mPlaylist;   // the folder the playing file came from
     std::shared_ptr<FolderLoad> mLoad;  // shared with the loader; null once shown

@@ -49,7 +49,9 @@ TextMenuDrawer::TextMenuDrawer(const char* focusBgFile, const char* normalBgFile
       mRowsPerPage(rowsPerPage),
       mThemePath(themeOrEmpty()),
       mBgOffsetX(10),
-      mCentreText(false) {
+      mCentreText(false),
+      mNormalBgDrawn(false),
+      mRowImagesVersion(0) {
     if (focusBgFile && !mFocusBg) tprintf("list image %s open fail\n", focusBgFile);
     if (normalBgFile && !mNormalBg) tprintf("list image %s open fail\n", normalBgFile);
     tprintf("mItemHeight = %d, mYSpaceInList = %d\n", mItemHeight, mYSpaceInList);
@@ -98,6 +100,7 @@ void TextMenuDrawer::refresh() {
         mNormalBg = LoadKovaniSurface(gThemePath, "./", kNormalBgFile);
         if (!mNormalBg) tprintf("list image %s open fail\n", kNormalBgFile);
     }
+    mRowImagesVersion++;
     mThemePath = themeOrEmpty();
 }
 
@@ -111,10 +114,44 @@ void TextMenuDrawer::draw() {
     const int count = getListNum();
     if (count < 1) return;
     alignVisibleRange(count);
-    for (int i = mFirstVisible; i <= mLastVisible; i++)
-        drawRow(i, mRect.y + (mItemHeight + mYSpaceInList) * (i - mFirstVisible));
+    for (int i = mFirstVisible; i <= mLastVisible; i++) drawRow(i, rowY(i));
     if (mShowPageNum) drawPageNumber(count);
 }
+
+int TextMenuDrawer::rowY(int index) const { return mRect.y + (mItemHeight + mYSpaceInList) * (index - mFirstVisible); }
+
+SDL_Rect TextMenuDrawer::backgroundRect(KovaniSurface* bg, int y) const {
+    const int bw = SDL_min(bg->getWidth(), mRect.w);
+    const int bh = SDL_min(bg->getHeight(), mItemHeight);
+    return SDL_Rect{mRect.x + mBgOffsetX, y + (bh < mItemHeight ? (mItemHeight - bh) / 2 : 0), bw, bh};
+}
+
+int TextMenuDrawer::visibleRows() {
+    const int count = getListNum();
+    if (count < 1) return 0;
+    alignVisibleRange(count);
+    return SDL_max(0, mLastVisible - mFirstVisible + 1);
+}
+
+void TextMenuDrawer::drawNormalBackgrounds(int rows) {
+    if (!mNormalBg) return;
+    for (int i = 0; i < rows; i++) {
+        SDL_Rect dst = backgroundRect(mNormalBg, rowY(mFirstVisible + i));
+        SDL_Rect src = {0, 0, dst.w, dst.h};
+        mNormalBg->render(&src, &dst, false, nullptr);
+    }
+}
+
+bool TextMenuDrawer::cursorBackgroundRect(SDL_Rect* rect) {
+    if (!mNormalBg || !mShowFocus || mFocusBg == mNormalBg) return false;
+    if (visibleRows() < 1 || mCurrentPos < mFirstVisible || mCurrentPos > mLastVisible) return false;
+    *rect = backgroundRect(mNormalBg, rowY(mCurrentPos));
+    return true;
+}
+
+void TextMenuDrawer::setNormalBackgroundsDrawn(bool on) { mNormalBgDrawn = on; }
+
+unsigned TextMenuDrawer::rowImagesVersion() const { return mRowImagesVersion; }
 
 void TextMenuDrawer::alignVisibleRange(int count) {
     if (mFirstVisible == 0 && mLastVisible == 0) mLastVisible = mRowsPerPage - 1;
@@ -138,12 +175,9 @@ void TextMenuDrawer::drawRow(int index, int y) {
     const int f = fontHeight(gListFontTxt);
 
     KovaniSurface* bg = onCursor && mShowFocus ? mFocusBg : mNormalBg;
-    if (bg) {
-        // Drawn 1:1, cut to the row.
-        const int bw = SDL_min(bg->getWidth(), mRect.w);
-        const int bh = SDL_min(bg->getHeight(), h);
-        SDL_Rect src = {0, 0, bw, bh};
-        SDL_Rect dst = {x + mBgOffsetX, y + (bh < h ? (h - bh) / 2 : 0), bw, bh};
+    if (bg && !(bg == mNormalBg && mNormalBgDrawn)) {
+        SDL_Rect dst = backgroundRect(bg, y);
+        SDL_Rect src = {0, 0, dst.w, dst.h};
         bg->render(&src, &dst, false, nullptr);
     }
 

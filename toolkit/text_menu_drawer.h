@@ -37,6 +37,19 @@ public:
 
     void setDrawNum(bool on);
 
+    // For a caller that keeps the normal row images in a picture of its own
+    // (see StaticPicture): how many rows the next draw shows; draws the
+    // normal image in the first `rows` row places; where the normal image
+    // lies on the cursor row when that row shows another one (false when it
+    // shows the normal one or is not on screen); and whether draw leaves the
+    // normal images out because they are already there.
+    int visibleRows();
+    void drawNormalBackgrounds(int rows);
+    bool cursorBackgroundRect(SDL_Rect* rect);
+    void setNormalBackgroundsDrawn(bool on);
+    // Changes whenever the row images are loaded anew.
+    unsigned rowImagesVersion() const;
+
     // Draws one label, `keyword` highlighted where PinyinStrstr finds it in
     // `pinyin`, or else in the label followed by "(fileName)" against
     // `pinyin` followed by "(originalPinyin)"; then that longer text is drawn.
@@ -64,4 +77,10 @@ private:
     void alignVisibleRange(int count);
     void drawRow(int index, int y);
     void drawPageNumber(int count);
+    int rowY(int index) const;
+    // Where `bg` is drawn, 1:1 and cut to the row, in the row at `y`.
+    SDL_Rect backgroundRect(KovaniSurface* bg, int y) const;
+
+    bool mNormalBgDrawn;       // the normal row images are on the target already
+    unsigned mRowImagesVersion;
 };
