@@ -11,8 +11,8 @@ struct OwnedThreadState;
 // A background thread and its stop request, held by the one object that
 // owns the thread. stop() asks the body to end and waits a bounded time for
 // it. A body that does not end in time (held up in a system call that no
-// flag can interrupt, such as a read from a dead network mount) is not
-// detached: it moves to the process's late threads, which main joins as its
+// flag can interrupt, such as a read from a dead network mount) is never
+// abandoned: it moves to the process's late threads, which main joins as its
 // very last step (joinLateThreads). Such a body must therefore touch only
 // what it co-owns (a shared_ptr it captured), never its owner.
 class OwnedThread {

@@ -234,7 +234,7 @@ bool VideoPlaneReader::attach() {
     return true;
 }
 
-void VideoPlaneReader::detach(const char* why) {
+void VideoPlaneReader::unmap(const char* why) {
     tprintf("video plane %s: %s\n", videoPlaneName().c_str(), why);
     munmap(const_cast<VideoPlaneLayout*>(mHeader), mBytes);
     close(mFd);
@@ -264,7 +264,7 @@ bool VideoPlaneReader::poll(Sink* sink, int64_t nowMs) {
     else if (videoPlaneClockMs() - mHeader->aliveMs.load(std::memory_order_relaxed) > mStaleMs)
         gone = "stale, its decoder is gone";
     if (gone) {
-        detach(gone);
+        unmap(gone);
         const bool showed = mRect.w > 0;
         mRect = VideoRect{0, 0, 0, 0};
         return showed;

@@ -109,7 +109,7 @@ public:
 
 private:
     bool attach();
-    void detach(const char* why);
+    void unmap(const char* why);
     // Whether the mapped plane was replaced or unlinked.
     bool unlinked() const;
 
