@@ -202,6 +202,26 @@ TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
     pressKey(window, KEY_NONE);
     EXPECT_TRUE(started("/x/x2.mp4"));
+    pressKey(window, KEY_HOTKEY1);  // L: the one before, still in x
+    EXPECT_TRUE(started("/x/x1.mp4"));
+}
+
+// The last video ends: the window shows stopped and A starts it again.
+TEST_F(PlayerWindowTest, TheLastVideoEndsAndTheSameFileStartsAgain) {
+    PlayerWindow& window = *openPlayer();
+    playEntry(window, 4);
+    ASSERT_TRUE(started("/c.avi"));
+    reportStatus("completed", 9000, 9000);
+    ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
+    pressKey(window, KEY_NONE);
+    EXPECT_FALSE(window.isPlaying());
+
+    const size_t lines = mShell.lines().size();
+    SDL_Delay(250);
+    pressKey(window, KEY_A);
+    EXPECT_TRUE(window.isPlaying());
+    ASSERT_TRUE(mShell.waitForLines(lines + 2));
+    EXPECT_TRUE(started("/c.avi"));
 }
 
 // The slider stays on its track; a duration of 0 is unknown and shows none.
