@@ -30,7 +30,7 @@ DecoderWorker::~DecoderWorker() {
         std::lock_guard<std::mutex> hold(mLock);
         std::deque<DecoderJob> stops;
         for (DecoderJob& job : mJobs)
-            if (job.kind == DecoderJob::STOP) stops.push_back(job);
+            if (job.kind == DecoderJob::STOP || job.kind == DecoderJob::STOP_LEFTOVER) stops.push_back(job);
         mJobs.swap(stops);
         mQuit = true;
         mSkipWait.set();
@@ -100,6 +100,10 @@ void DecoderWorker::execute(const DecoderJob& job) {
         }
         return;
     }
+    case DecoderJob::STOP_LEFTOVER:
+        if (mShell->findDecoder() < 0) return;
+        tprintf("avworker left by an earlier run\n");
+        [[fallthrough]];
     case DecoderJob::STOP:
         tprintf("KovaniPlayer::stop\n");
         mShell->run(kKillLine, &mAbort);

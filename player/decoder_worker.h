@@ -17,6 +17,7 @@ struct DecoderJob {
     enum Kind {
         START,    // kill any decoder, pause, start the decoder for `text`, wait for it
         STOP,     // kill the decoder, pause
+        STOP_LEFTOVER,  // STOP, only when a decoder runs
         COMMAND,  // `text` is the line to run when a decoder runs
     };
     Kind kind;
@@ -39,7 +40,7 @@ public:
     // Neither is owned; both outlive the worker. `onLost` is called on the
     // worker's thread when a decoder it expected is missing.
     DecoderWorker(DecoderShell* shell, DecoderRun* run, std::function<void(int generation)> onLost);
-    // Runs the STOP jobs still waiting, drops the rest, ends the running
+    // Runs the stop jobs still waiting, drops the rest, ends the running
     // job's waits and joins the thread; a shell line that hangs is killed
     // after a bound.
     ~DecoderWorker();

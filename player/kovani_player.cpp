@@ -81,6 +81,11 @@ int KovaniPlayer::stop() {
     return 0;
 }
 
+void KovaniPlayer::stopLeftover() {
+    const int generation = mRun.end();
+    mWorker.post({DecoderJob::STOP_LEFTOVER, generation, "", false, false});
+}
+
 void KovaniPlayer::reset() { stop(); }
 
 int KovaniPlayer::seekTo(int) { return -1; }

@@ -36,6 +36,10 @@ public:
     int play();
     int pause();
     int stop();
+    // Stops a decoder that an earlier run left behind, if one runs. Looking
+    // first spares each start two processes (the shell and killall), which
+    // would compete with the folder's loader.
+    void stopLeftover();
     void reset();
     int seekTo(int positionMS);
     int getDurationMS() const;

@@ -140,7 +140,7 @@ void PlayerWindow::init() {
         sLoading = false;  // the list shows the folder empty
     mPlayer.init();
     // A decoder left by an earlier run that was killed would play on.
-    mPlayer.stop();
+    mPlayer.stopLeftover();
 }
 
 // However the program ends (the quit question, SIGTERM), the open folder is

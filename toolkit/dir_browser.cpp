@@ -29,13 +29,29 @@ void deleteMenu(std::vector<void*>* menu) {
     delete menu;
 }
 
-// The folder-list order of two entries that both carry a FileAction:
-// larger type first, then strcmp of the labels.
-bool listsBefore(const TextMenuItem* a, const TextMenuItem* b) {
-    const int typeA = static_cast<const FileAction*>(a->mAction)->mFileType;
-    const int typeB = static_cast<const FileAction*>(b->mAction)->mFileType;
-    if (typeA != typeB) return typeA > typeB;
-    return strcmp(a->mLabel.c_str(), b->mLabel.c_str()) < 0;
+// An entry's place in the folder list: larger type first, then strcmp of
+// the labels. The keys lie side by side, so a sort of a big folder reads
+// no entry and no action, only the label's bytes.
+struct ListKey {
+    int type;
+    const char* label;  // the entry's mLabel, which outlives the sort
+    TextMenuItem* item;
+};
+
+bool listsBefore(const ListKey& a, const ListKey& b) {
+    if (a.type != b.type) return a.type > b.type;
+    return strcmp(a.label, b.label) < 0;
+}
+
+// Sorts entries that all carry a FileAction into folder-list order, keeping
+// entries of equal type and label in the order given.
+void sortForList(std::vector<TextMenuItem*>& items) {
+    std::vector<ListKey> keys;
+    keys.reserve(items.size());
+    for (TextMenuItem* item : items)
+        keys.push_back({static_cast<const FileAction*>(item->mAction)->mFileType, item->mLabel.c_str(), item});
+    std::stable_sort(keys.begin(), keys.end(), listsBefore);
+    for (size_t i = 0; i < keys.size(); i++) items[i] = keys[i].item;
 }
 
 // Inserts a folder's entries, given in the order they were read, with
@@ -49,7 +65,7 @@ void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items) {
     const auto hasAction = [](const void* entry) { return static_cast<const TextMenuItem*>(entry)->mAction; };
     const bool ordered = std::all_of(items.begin(), items.end(), hasAction) &&
                          std::all_of(list->begin(), list->end(), hasAction);
-    if (ordered) std::stable_sort(items.begin(), items.end(), listsBefore);
+    if (ordered) sortForList(items);
     // Sorted entries of an empty list are already where inserting them
     // would put them: no search is needed.
     if (ordered && list->empty()) {

@@ -172,6 +172,12 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     ASSERT_TRUE(mShell.waitForLines(2));
     EXPECT_LT(mShell.findDecoder(), 0);
     EXPECT_EQ(mShell.lines(), (std::vector<std::string>{"killall avworker", "killall avworker"}));
+
+    // Without one a start runs no shell line; the exit still stops.
+    PlayerWindow& second = *openPlayer();
+    second.quit();
+    ASSERT_TRUE(mShell.waitForLines(3));
+    EXPECT_EQ(mShell.lines().size(), 3u);
 }
 
 // A long name in the title line ends short of the status icons (x 1139 on).
