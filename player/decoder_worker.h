@@ -15,10 +15,10 @@ class DecoderShell;
 // One piece of shell work for the decoder.
 struct DecoderJob {
     enum Kind {
-        START,    // kill any decoder, pause, start the decoder for `text`, wait for it
-        STOP,     // kill the decoder, pause
-        STOP_LEFTOVER,  // STOP, only when a decoder runs
-        COMMAND,  // `text` is the line to run when a decoder runs
+        START,          // kill any decoder, pause, start the decoder for `text`, wait for it
+        STOP,           // kill the decoder, pause
+        STOP_LEFTOVER,  // STOP, only when a decoder runs (one left by an earlier run)
+        COMMAND,        // `text` is the line to run when a decoder runs
     };
     Kind kind;
     int generation;     // of the decoder run the job belongs to
