@@ -15,13 +15,10 @@ void StopFlag::reset() {
     mSet = false;
 }
 
-bool StopFlag::isSet() const {
-    std::lock_guard<std::mutex> hold(mLock);
-    return mSet;
-}
+bool StopFlag::isSet() const { return mSet.load(std::memory_order_acquire); }
 
 bool StopFlag::sleepFor(long ms) const {
     std::unique_lock<std::mutex> hold(mLock);
-    if (ms > 0) mCond.wait_for(hold, std::chrono::milliseconds(ms), [this] { return mSet; });
+    if (ms > 0) mCond.wait_for(hold, std::chrono::milliseconds(ms), [this] { return mSet.load(); });
     return mSet;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 
@@ -13,6 +14,7 @@ public:
     // Clears it again, for an owner that starts a new thread. Only while no
     // thread uses the flag.
     void reset();
+    // Without a lock: a loader asks once per folder entry.
     bool isSet() const;
     // Sleeps up to `ms` milliseconds; true when the flag is set (at once or
     // meanwhile).
@@ -21,5 +23,7 @@ public:
 private:
     mutable std::mutex mLock;
     mutable std::condition_variable mCond;
-    bool mSet = false;  // guarded by mLock
+    // Written under mLock, so a sleeper cannot miss the wake-up; read
+    // by isSet without it.
+    std::atomic<bool> mSet{false};
 };
