@@ -4,6 +4,7 @@
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -30,28 +31,32 @@ void deleteMenu(std::vector<void*>* menu) {
 }
 
 // An entry's place in the folder list: larger type first, then strcmp of
-// the labels. The keys lie side by side, so a sort of a big folder reads
-// no entry and no action, only the label's bytes.
+// the labels. The keys lie side by side and hold a label's first bytes, so
+// a sort of a big folder mostly compares numbers and seldom follows a label
+// pointer, let alone an entry or its action.
 struct ListKey {
     int type;
-    const char* label;  // the entry's mLabel, which outlives the sort
+    uint64_t prefix[2];  // the label's first 16 bytes, big-endian, zero after its end
+    const char* label;   // the entry's mLabel, which outlives the sort
     TextMenuItem* item;
 };
 
-bool listsBefore(const ListKey& a, const ListKey& b) {
-    if (a.type != b.type) return a.type > b.type;
-    return strcmp(a.label, b.label) < 0;
+// Made as the entry is read, while it and its action are still in the cache.
+ListKey keyOf(TextMenuItem* item) {
+    ListKey key = {static_cast<const FileAction*>(item->mAction)->mFileType, {0, 0}, item->mLabel.c_str(), item};
+    for (int i = 0; i < 16 && key.label[i]; i++)
+        key.prefix[i / 8] |= uint64_t(uint8_t(key.label[i])) << (56 - 8 * (i % 8));
+    return key;
 }
 
-// Sorts entries that all carry a FileAction into folder-list order, keeping
-// entries of equal type and label in the order given.
-void sortForList(std::vector<TextMenuItem*>& items) {
-    std::vector<ListKey> keys;
-    keys.reserve(items.size());
-    for (TextMenuItem* item : items)
-        keys.push_back({static_cast<const FileAction*>(item->mAction)->mFileType, item->mLabel.c_str(), item});
-    std::stable_sort(keys.begin(), keys.end(), listsBefore);
-    for (size_t i = 0; i < keys.size(); i++) items[i] = keys[i].item;
+// Unsigned bytes compared in order, as strcmp does.
+bool listsBefore(const ListKey& a, const ListKey& b) {
+    if (a.type != b.type) return a.type > b.type;
+    if (a.prefix[0] != b.prefix[0]) return a.prefix[0] < b.prefix[0];
+    if (a.prefix[1] != b.prefix[1]) return a.prefix[1] < b.prefix[1];
+    // The same 16 bytes: a label that ends within them equals the other.
+    if ((a.prefix[1] & 0xff) == 0) return false;
+    return strcmp(a.label + 16, b.label + 16) < 0;
 }
 
 // Inserts a folder's entries, given in the order they were read, with
@@ -59,13 +64,16 @@ void sortForList(std::vector<TextMenuItem*>& items) {
 // nothing is moved and a folder costs one sort instead of time growing with
 // the square of its size. The stable sort keeps entries with equal type and
 // label in reading order, so the result is the same as inserting them as
-// read. Entries without action have no such order: with one in the list or
-// among the new entries, they are inserted as read.
-void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items) {
+// read. `keys` holds a key for each entry with an action. Entries without
+// one have no such order: with one in the list or among the new entries,
+// they are inserted as read.
+void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items, std::vector<ListKey>& keys) {
     const auto hasAction = [](const void* entry) { return static_cast<const TextMenuItem*>(entry)->mAction; };
-    const bool ordered = std::all_of(items.begin(), items.end(), hasAction) &&
-                         std::all_of(list->begin(), list->end(), hasAction);
-    if (ordered) sortForList(items);
+    const bool ordered = keys.size() == items.size() && std::all_of(list->begin(), list->end(), hasAction);
+    if (ordered) {
+        std::stable_sort(keys.begin(), keys.end(), listsBefore);
+        for (size_t i = 0; i < keys.size(); i++) items[i] = keys[i].item;
+    }
     // Sorted entries of an empty list are already where inserting them
     // would put them: no search is needed.
     if (ordered && list->empty()) {
@@ -145,6 +153,7 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     char* const nameInPath = path + dirLen + 1;
 
     std::vector<TextMenuItem*> items;
+    std::vector<ListKey> keys;
     int leftOut = 0;  // past the limit
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
         if (stop && stop->isSet()) {
@@ -171,10 +180,12 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
             continue;
         }
         TextMenuItem* item = handler(name, path, type);
-        if (item) items.push_back(item);
+        if (!item) continue;
+        items.push_back(item);
+        if (item->mAction) keys.push_back(keyOf(item));
     }
     closedir(folder);
-    insertAll(list, items);
+    insertAll(list, items, keys);
     const int count = int(items.size());
     tprintf("loaddir %s %d\n", dir, count);
     // The list cannot say so; the log at least does.

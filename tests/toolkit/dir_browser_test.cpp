@@ -55,11 +55,36 @@ TEST(LoadDirTest, FoldersComeFirstThenFilesEachInByteOrder) {
     TempFolder top;
     // Hidden folders are never offered; hidden files are.
     for (const char* name : {"Zeta", "alpha", "Beta", "中文目录", "10", "9", ".thumbnails", "..more"}) top.dir(name);
+    // Names alike in their first 16 bytes, ending within them or at them,
+    // and a byte above 0x7f there: the order is strcmp's throughout.
     for (const char* name : {"b.mkv", "B.mkv", "a.avi", "10.mp4", "9.mp4", "abc.mp4", "Abc.mp4", "视频.mp4",
-                             "_x.mkv", ".hidden.mkv"})
+                             "_x.mkv", ".hidden.mkv", "Episode 01 part 2.mkv", "Episode 01 part 10.mkv",
+                             "Sixteen byte.mp4", "Sixteen byte.mp4.mkv", "Sixteen byte.mp", "Sixteen bytf.mp4",
+                             "Sixteen byté.mp4"})
         top.file(name);
-    const Names listed = {"10",     "9",     "Beta",    "Zeta",   "alpha", "中文目录", ".hidden.mkv", "10.mp4",
-                          "9.mp4", "Abc.mp4", "B.mkv", "_x.mkv", "a.avi", "abc.mp4",  "b.mkv",       "视频.mp4"};
+    const Names listed = {"10",
+                          "9",
+                          "Beta",
+                          "Zeta",
+                          "alpha",
+                          "中文目录",
+                          ".hidden.mkv",
+                          "10.mp4",
+                          "9.mp4",
+                          "Abc.mp4",
+                          "B.mkv",
+                          "Episode 01 part 10.mkv",
+                          "Episode 01 part 2.mkv",
+                          "Sixteen byte.mp",
+                          "Sixteen byte.mp4",
+                          "Sixteen byte.mp4.mkv",
+                          "Sixteen bytf.mp4",
+                          "Sixteen byté.mp4",
+                          "_x.mkv",
+                          "a.avi",
+                          "abc.mp4",
+                          "b.mkv",
+                          "视频.mp4"};
     EXPECT_EQ(load(top.path(), 0), listed);
 }
 
