@@ -3,6 +3,9 @@
 //   sdl_peer idle    a 1280x720 window that only waits for events
 //   sdl_peer list    a window listing 20000 rows, redrawing the visible rows
 //                    (text from a cache) on every key
+//   sdl_peer imagelist  the same over a full-screen background image, copied
+//                    whole each frame as any program with such a background
+//                    must, since a frame after a present starts undefined
 //   sdl_peer cmd F   writes "play" into file F on every Return key
 #include <SDL2/SDL.h>
 #include <SDL2/SDL_ttf.h>
@@ -11,6 +14,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -23,15 +27,25 @@ int idle(SDL_Window*) {
     return 0;
 }
 
-int list(SDL_Window* window) {
+int list(SDL_Window* window, bool image) {
     SDL_Renderer* r = SDL_CreateRenderer(window, -1, SDL_RENDERER_ACCELERATED);
     TTF_Font* font = TTF_OpenFont(kFont, 28);
     if (!r || !font) return 1;
     std::map<int, SDL_Texture*> cache;
+    SDL_Texture* background = nullptr;
+    if (image) {
+        background = SDL_CreateTexture(r, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_STATIC, 1280, 720);
+        if (!background) return 1;
+        std::vector<Uint32> pixels(1280 * 720);
+        for (size_t i = 0; i < pixels.size(); i++) pixels[i] = 0xff000000u | (Uint32(i) * 2654435761u >> 8);
+        SDL_UpdateTexture(background, nullptr, pixels.data(), 1280 * 4);
+        SDL_SetTextureBlendMode(background, SDL_BLENDMODE_NONE);
+    }
     int cursor = 0;
     auto draw = [&] {
         SDL_SetRenderDrawColor(r, 20, 24, 32, 255);
         SDL_RenderClear(r);
+        if (background) SDL_RenderCopy(r, background, nullptr, nullptr);
         const int first = cursor / 6 * 6;
         for (int i = first; i < first + 6 && i < 20000; i++) {
             SDL_Rect row = {10, 80 + (i - first) * 96, 600, 90};
@@ -87,7 +101,8 @@ int main(int argc, char** argv) {
     if (!window) return 2;
     int rc = 2;
     if (strcmp(argv[1], "idle") == 0) rc = idle(window);
-    if (strcmp(argv[1], "list") == 0) rc = list(window);
+    if (strcmp(argv[1], "list") == 0) rc = list(window, false);
+    if (strcmp(argv[1], "imagelist") == 0) rc = list(window, true);
     if (strcmp(argv[1], "cmd") == 0 && argc > 2) rc = command(window, argv[2]);
     SDL_DestroyWindow(window);
     TTF_Quit();
