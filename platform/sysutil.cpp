@@ -5,15 +5,11 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
-#include <sys/time.h>
 
+#include "clock.h"
 #include "logger.h"
 
-long systemms() {
-    struct timeval tv;
-    gettimeofday(&tv, nullptr);
-    return tv.tv_sec * 1000L + tv.tv_usec / 1000;
-}
+long systemms() { return wallMs(); }
 
 bool process_alive(int pid) {
     if (pid <= 0) return false;

@@ -2,7 +2,8 @@
 
 #include <string>
 
-// Wall-clock milliseconds since the epoch.
+// Wall-clock milliseconds since the epoch (wallMs(), clock.h): a time of day,
+// never an interval.
 long systemms();
 
 // Process id of the first process whose first command-line argument contains
