@@ -1,6 +1,6 @@
-# Chooses what to install so that apt removes nothing. Sourced by ./kovani
-# and by its test, which puts stand-ins of apt-get, apt-cache and dpkg-query
-# first on PATH.
+# Installs what the project needs, choosing packages so that apt removes
+# nothing. Sourced by ./kovani and by its test, which puts stand-ins of
+# apt-get, apt-cache, dpkg-query and sudo first on PATH.
 #
 # apt resolves a virtual development package to one default provider, which
 # can conflict with a library the machine already has: libmpv-dev needs
@@ -70,13 +70,43 @@ apt_plan() {
             return 0
         fi
     done
+    # Which of ours pulls the removal in, to say what to install by hand.
+    local culprits=()
+    for p in "$@"; do
+        [ -n "$(apt_plan_simulate "$p" | apt_plan_field Remv)" ] && culprits+=("$p")
+    done
+    [ ${#culprits[@]} -gt 0 ] || culprits=("$@")
     {
         echo "kovani: installing $* would remove installed packages, and no choice of packages avoids it:"
         grep '^Remv' <<<"$sim"
         echo "kovani: in the way: $(echo $removed)"
-        echo "kovani: install by hand what suits this machine, for example with"
-        echo "kovani:   apt-get install --no-install-recommends $*"
-        echo "kovani: once you have decided what may replace $(echo $removed); then run this command again."
+        echo "kovani: install ${culprits[*]} by hand, choosing what may replace $(echo $removed)"
+        echo "kovani: (apt-get install --no-install-recommends ${culprits[*]} shows what apt would do), then run this command again."
     } >&2
     return 1
+}
+
+# Installs the Debian packages among "$@" that are not installed yet. Arm64
+# ones (the device build) first get their architecture added to dpkg. Never
+# lets apt remove anything: where a default choice of apt's would, the
+# matching provider is installed instead (apt_plan), and where none fits it
+# stops and says what is in the way.
+need_packages() {
+    local missing=()
+    for p in "$@"; do
+        dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo=sudo
+    if [[ " ${missing[*]}" == *:arm64* ]] && ! dpkg --print-foreign-architectures | grep -qx arm64; then
+        echo "kovani: adding the arm64 architecture to dpkg"
+        $sudo dpkg --add-architecture arm64
+    fi
+    $sudo apt-get update -qq
+    local plan
+    plan=$(apt_plan "${missing[@]}") || return 1
+    mapfile -t missing <<<"$plan"
+    echo "kovani: installing ${missing[*]}"
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
