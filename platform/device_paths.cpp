@@ -29,6 +29,8 @@ const char* const kDevicePaths[DEVICE_PATH_COUNT] = {
     "/sys/devices/virtual/disp/disp/attr/",
     "/dev/dsp1",
     "/dev/shm/kovani_video_plane",
+    "/tmp/kovani_device/wpa_supplicant",
+    "/tmp/kovani_device/hostapd",
 };
 
 struct PathTable {
@@ -59,3 +61,5 @@ const char* devicePath(int id) {
 void setDevicePathPrefix(const char* prefix) { table().set(prefix); }
 
 const char* devicePathPrefix() { return table().prefix.c_str(); }
+
+bool deviceIsStandIn() { return !table().prefix.empty(); }

@@ -24,6 +24,12 @@ enum DevicePathId {
     DEVICE_PATH_DISP_ATTR_DIR,   // display colour attributes (sysfs)
     DEVICE_PATH_BT_AUDIO,        // sound device of Bluetooth audio, readable while it is on
     DEVICE_PATH_VIDEO_PLANE,     // desktop builds: the decoder's picture, in shared memory
+    // Desktops and tests: stand-ins of the device's network daemons (see
+    // deviceIsStandIn). The supplicant runs while its file exists, which
+    // holds what wpa_cli prints for "status" and "signal_poll"; the hotspot
+    // daemon runs while its (empty) file exists.
+    DEVICE_PATH_WPA_STAND_IN,
+    DEVICE_PATH_HOSTAPD_STAND_IN,
     DEVICE_PATH_COUNT
 };
 
@@ -35,3 +41,8 @@ const char* devicePath(int id);
 // builds. Must only be changed while no other thread reads paths.
 void setDevicePathPrefix(const char* prefix);
 const char* devicePathPrefix();
+
+// True when the paths lie under a folder: a desktop build or a test. The
+// device's daemons are then not the machine's processes (a desktop's own
+// wpa_supplicant is not the device's) but stand-ins in that folder.
+bool deviceIsStandIn();

@@ -1,5 +1,6 @@
 #include "wifi_monitor.h"
 
+#include <SDL2/SDL.h>
 #include <ctype.h>
 #include <errno.h>
 #include <limits.h>
@@ -19,10 +20,13 @@
 #include "platform/shell_line.h"
 #include "platform/stop_flag.h"
 #include "platform/sysutil.h"
+#include "keycodes.h"
 
 namespace {
 
 const int kPollPeriodMs = 3000;
+const int kStandInPollPeriodMs = 500;
+const size_t kAnswerBytes = 4095;
 // The supplicant's control sockets and interface on the device. Its error
 // output is dropped: where wpa_cli is missing every poll would print one.
 const char* const kWpaCli = "wpa_cli -p /etc/wifi/sockets -i wlan0";
@@ -50,11 +54,38 @@ const StateName kStates[] = {
 class SystemWpaShell : public WpaShell {
 public:
     bool supplicantRunning() override { return check_process_exist("wpa_supplicant") > 0; }
+    bool hotspotRunning() override { return check_process_exist("hostapd") > 0; }
     // A hung wpa_cli is killed on a stop instead of holding up shutdown.
-    int run(const char* command, const StopFlag& stop) override { return runShellLine(command, &stop); }
+    int query(const char* request, std::string* out, const StopFlag& stop) override {
+        const char* path = devicePath(DEVICE_PATH_WPA_STATUS);
+        const std::string line = std::string(kWpaCli) + " " + request + " 2>/dev/null > " + shellQuote(path);
+        const int rc = runShellLine(line.c_str(), &stop);
+        char text[kAnswerBytes + 1] = {};
+        fileToMem(path, text, kAnswerBytes);
+        *out = text;
+        return rc;
+    }
+};
+
+// The device's daemons as files in the device folder (device_paths.h).
+class StandInWpaShell : public WpaShell {
+public:
+    bool supplicantRunning() override { return access(devicePath(DEVICE_PATH_WPA_STAND_IN), F_OK) == 0; }
+    bool hotspotRunning() override { return access(devicePath(DEVICE_PATH_HOSTAPD_STAND_IN), F_OK) == 0; }
+    // The file holds both answers: "status" gives all of it.
+    int query(const char* request, std::string* out, const StopFlag&) override {
+        out->clear();
+        if (strcmp(request, "status") != 0) return 0;
+        char text[kAnswerBytes + 1] = {};
+        // As wpa_cli's when it cannot reach the supplicant.
+        if (fileToMem(devicePath(DEVICE_PATH_WPA_STAND_IN), text, kAnswerBytes) <= 0) return 255 << 8;
+        *out = text;
+        return 0;
+    }
 };
 
 SystemWpaShell sSystemShell;
+StandInWpaShell sStandInShell;
 
 // The published record: written whole by the monitor, copied whole by
 // readers, both under sWpaLock.
@@ -133,28 +164,37 @@ void decodeHexEscapes(char* text) {
     *out = '\0';
 }
 
-// One poll into *out. 0 when both commands succeeded, -1 when one failed;
+// One poll into *out. 0 when both requests succeeded, -1 when one failed;
 // *out is set either way (zero where the output lacked a value). Once `stop`
 // is set the rest of the poll is skipped: -1 and an all-zero record.
 int pollOnce(WpaShell* shell, const StopFlag& stop, WpaMsg* out) {
     *out = WpaMsg{};
-    const char* path = devicePath(DEVICE_PATH_WPA_STATUS);
-    const std::string file = shellQuote(path);
-    const std::string status = std::string(kWpaCli) + " status 2>/dev/null > " + file;
-    const std::string signal = std::string(kWpaCli) + " signal_poll 2>/dev/null >> " + file;
-    const int statusRc = shell->run(status.c_str(), stop);
+    std::string status, signal;
+    const int statusRc = shell->query("status", &status, stop);
     if (stop.isSet()) return -1;
-    const int signalRc = shell->run(signal.c_str(), stop);
+    const int signalRc = shell->query("signal_poll", &signal, stop);
     if (stop.isSet()) return -1;
-    char text[4096] = {};
-    fileToMem(path, text, sizeof text - 1);
-    *out = parseWpaStatus(text);
+    // Keys count at line starts: the second answer starts on a line of its own.
+    *out = parseWpaStatus((status + "\n" + signal).c_str());
     return statusRc == 0 && signalRc == 0 ? 0 : -1;
 }
 
-void publish(const WpaMsg& msg) {
+// Publishes `msg`; true when what the status bar shows of it (the state and
+// the signal) changed.
+bool publish(const WpaMsg& msg) {
     std::lock_guard<std::mutex> hold(sWpaLock);
+    const bool changed = msg.state != sWpaMsg.state || msg.rssi != sWpaMsg.rssi;
     sWpaMsg = msg;
+    return changed;
+}
+
+// Wakes the main loop, which then looks at the status bar again.
+void postRefresh() {
+    if (!SDL_WasInit(SDL_INIT_EVENTS)) return;
+    SDL_Event event = {};
+    event.type = SDL_USEREVENT;
+    event.user.code = EVENT_REFRESH;
+    if (SDL_PushEvent(&event) < 0) tprintf("wifi monitor: push refresh fail: %s\n", SDL_GetError());
 }
 
 void logChange(int seen, int* lastSeen) {
@@ -178,7 +218,7 @@ void thread_wifi_monitor(const MonitorConfig* config) {
             const int rc = pollOnce(config->shell, sStop, &msg);
             // A poll cut short by the stop says nothing about the network.
             if (sStop.isSet()) break;
-            publish(msg);
+            if (publish(msg)) postRefresh();
             logChange(rc < 0 ? SEEN_CLI_FAILED : msg.state, &lastSeen);
         } else {
             logChange(SEEN_NO_SUPPLICANT, &lastSeen);
@@ -210,7 +250,10 @@ WpaMsg parseWpaStatus(const char* text) {
     return msg;
 }
 
-WpaShell* systemWpaShell() { return &sSystemShell; }
+WpaShell* systemWpaShell() {
+    if (deviceIsStandIn()) return &sStandInShell;
+    return &sSystemShell;
+}
 
 int wifi_monitor_start(WpaShell* shell, int periodMs) {
     if (sThread.joinable()) {
@@ -218,7 +261,7 @@ int wifi_monitor_start(WpaShell* shell, int periodMs) {
         return -1;
     }
     publish(WpaMsg{});
-    sConfig.shell = shell ? shell : &sSystemShell;
+    sConfig.shell = shell ? shell : systemWpaShell();
     sConfig.periodMs = periodMs < 0 ? 0 : periodMs;
     sStop.reset();
     try {
@@ -230,7 +273,9 @@ int wifi_monitor_start(WpaShell* shell, int periodMs) {
     return 0;
 }
 
-int rx_wifi_monitor_start() { return wifi_monitor_start(&sSystemShell, kPollPeriodMs); }
+int rx_wifi_monitor_start() {
+    return wifi_monitor_start(systemWpaShell(), deviceIsStandIn() ? kStandInPollPeriodMs : kPollPeriodMs);
+}
 
 void rx_wifi_monitor_stop() {
     if (!sThread.joinable()) return;

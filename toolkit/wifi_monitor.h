@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 // Wi-Fi state for the status bar. Asking the supplicant costs two shell
 // commands, far too slow for a frame, so a background thread polls it and
 // publishes each result whole; the main thread only ever copies the record.
@@ -33,27 +35,36 @@ WpaMsg parseWpaStatus(const char* text);
 
 class StopFlag;
 
-// How the monitor reaches the supplicant: the system's shell and process
-// table on the device, a stand-in in tests.
+// The device's network daemons, as the monitor and the status bar reach them:
+// the system's shell and process table on the device, a stand-in elsewhere.
 class WpaShell {
 public:
     virtual ~WpaShell() {}
-    // True when a supplicant process runs, so that polling it makes sense.
+    // True when the Wi-Fi client daemon (wpa_supplicant) runs, so that asking
+    // it makes sense.
     virtual bool supplicantRunning() = 0;
-    // Runs one shell command line; its status as system() reports it. Must
-    // return promptly once `stop` is set, ending the command if need be
-    // (then any non-zero status).
-    virtual int run(const char* command, const StopFlag& stop) = 0;
+    // True when the hotspot daemon (hostapd) runs.
+    virtual bool hotspotRunning() = 0;
+    // Asks the supplicant what `wpa_cli REQUEST` prints ("status" or
+    // "signal_poll") into *out, at most 4095 bytes; returns the status as
+    // system() reports it. Must return promptly once `stop` is set, ending
+    // the command if need be (then any non-zero status).
+    virtual int query(const char* request, std::string* out, const StopFlag& stop) = 0;
 };
 
-// The real one: the shell (runShellLine) and the process table. Never deleted.
+// The one for this process: on the device the process table and wpa_cli
+// through the shell; where the device is a stand-in (deviceIsStandIn) the
+// stand-in files in the device folder, which the desktop's device tool
+// writes. Never deleted.
 WpaShell* systemWpaShell();
 
-// Clears the published record and starts the monitor thread, which polls
-// every 3 s while the supplicant runs (the record keeps its last value while
-// it does not). 0 when started; -1, record untouched, when it already runs
-// (logged) or the thread could not be created. Start and stop are called
-// from one thread.
+// Clears the published record and starts the monitor thread on
+// systemWpaShell(), which polls every 3 s while the supplicant runs (the
+// record keeps its last value while it does not; a stand-in, costing one
+// file read, is polled every 500 ms). A poll that changes the state or the
+// signal posts EVENT_REFRESH, so the status bar shows it at once. 0 when
+// started; -1, record untouched, when it already runs (logged) or the thread
+// could not be created. Start and stop are called from one thread.
 int rx_wifi_monitor_start();
 // The same with another shell (not owned; it must outlive the monitor) and
 // poll period, for tests.

@@ -20,8 +20,6 @@ namespace {
 const int kFastFrameBudgetMs = 3000;
 const long kFrameMs = 100;
 const long kFastFrameMs = 33;
-// How long an idle loop sleeps at most: the status bar is looked at this often.
-const long kIdleWakeMs = 1000;
 // While joysticks are open SDL cannot sleep on its event queue (the pad is
 // read by polling), so the wait polls at this step instead.
 const long kPollStepMs = 8;
@@ -212,7 +210,8 @@ void runWindows(std::vector<KovaniWindow*>& list) {
         // What the events changed without saying so (a refresh that let the
         // window take a report) is drawn before the loop sleeps.
         if (!dirty) dirty = list.back()->needsRedraw();
-        long wait = kIdleWakeMs;
+        // Idle, the loop wakes when the status bar's state is due to be read.
+        long wait = barsLookDueInMs();
         if (dirty) wait = SDL_max(0L, lastDraw + interval - now);
         const long due = list.back()->nextRedrawMs();
         if (due >= 0) wait = SDL_min(wait, SDL_max(0L, due - now));

@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include "lang.h"
-#include "platform/logger.h"
+#include "platform/clock.h"
 #include "platform/device_paths.h"
 #include "platform/key_shm.h"
+#include "platform/logger.h"
 #include "shared_skin.h"
-#include "platform/sysutil.h"
 #include "system_state.h"
 #include "text.h"
 #include "wifi_monitor.h"
@@ -24,7 +24,6 @@ namespace {
 const int kBatterySlotX = 1256;
 const int kIconAnchorX = 1223;
 const int kChargingIconW = 16;
-const long kStatusPeriodMs = 1000;
 const int kTipRowH = 70;
 const int kTipGap = 24;
 const int kTipTextGap = 10;
@@ -32,7 +31,8 @@ const int kTitleX = 110;
 const int kTitleGap = 10;
 
 // What the top bar shows besides sound and Wi-Fi. Reading it means sysfs
-// files and two walks of the process table, so it is kept for a second.
+// files and, on the device, two walks of the process table, so it is kept
+// for BAR_STATUS_PERIOD_MS.
 struct BarStatus {
     int capacity;      // percent, 0 when unreadable
     bool charging;
@@ -44,7 +44,7 @@ struct BarStatus {
 
 BarStatus sStatus;
 bool sStatusValid = false;
-long sStatusReadMs = 0;
+long sStatusReadMs = 0;  // monotonic
 bool sCapacityReadable = true;  // last outcome, to log a change once
 
 // The first line of a small sysfs file; false when it cannot be read.
@@ -78,14 +78,18 @@ bool readCharging() {
            (statusOk && strncmp(status, "Charging", 8) == 0);
 }
 
+bool statusFresh(long now) {
+    return sStatusValid && now >= sStatusReadMs && now - sStatusReadMs < BAR_STATUS_PERIOD_MS;
+}
+
 const BarStatus& barStatus() {
-    const long now = systemms();
-    if (sStatusValid && now >= sStatusReadMs && now - sStatusReadMs < kStatusPeriodMs)
-        return sStatus;
+    const long now = monotonicMs();
+    if (statusFresh(now)) return sStatus;
+    WpaShell* daemons = systemWpaShell();
     sStatus.capacity = readCapacity();
     sStatus.charging = readCharging();
-    sStatus.supplicant = check_process_exist("wpa_supplicant") > 0;
-    sStatus.hostapd = !sStatus.supplicant && check_process_exist("hostapd") > 0;
+    sStatus.supplicant = daemons->supplicantRunning();
+    sStatus.hostapd = !sStatus.supplicant && daemons->hotspotRunning();
     sStatus.btHeadphone = access(devicePath(DEVICE_PATH_BT_DEV_ADDR), F_OK) == 0 &&
                           access(devicePath(DEVICE_PATH_BT_READY), F_OK) == 0;
     sStatus.btAudio = access(devicePath(DEVICE_PATH_BT_AUDIO), R_OK) == 0;
@@ -143,17 +147,52 @@ void draw_bar_icon(const SDL_Rect& slot, const char* name) {
     icon->render(nullptr, &at, true, nullptr);
 }
 
-int draw_battery_icon(int y) {
+namespace {
+
+// Everything the top bar's status icons show, taken at one moment: a bar is
+// drawn from one look, and the loop compares looks to know when to draw.
+struct BarLook {
+    int capacity;
+    bool charging;
+    bool sound;            // volume above 0, else mute
+    bool btAudio;          // the headphone icon beside the sound's
+    const char* network;   // the Wi-Fi or hotspot icon, or null
+    bool btHeadphone;      // the headphone icon at the far left
+    bool operator!=(const BarLook& o) const {
+        return capacity != o.capacity || charging != o.charging || sound != o.sound || btAudio != o.btAudio ||
+               network != o.network || btHeadphone != o.btHeadphone;
+    }
+};
+
+BarLook currentLook() {
     const BarStatus& status = barStatus();
+    BarLook look = {status.capacity, status.charging, GetKeyShm(&gShmInfo, MONITOR_VOLUME) > 0,
+                    status.btAudio,  nullptr,         status.btHeadphone};
+    if (status.supplicant) {
+        const WpaMsg wifi = rx_copy_wpa_msg();
+        if (wifi.state == WPA_STATE_COMPLETED) look.network = wifiIcon(wifi.rssi);
+    } else if (status.hostapd) {
+        look.network = "skin/icon-hotspot.png";
+    }
+    return look;
+}
+
+// The look the last frame showed (what the loop compares with), and the one
+// drawNavBar drew during the frame being made.
+BarLook sShownLook = {-1, false, false, false, nullptr, false};
+BarLook sDrawnLook;
+bool sDrawnThisFrame = false;
+
+int drawBatteryGroup(const BarLook& look, int y) {
     int x = kBatterySlotX;
-    if (status.charging) x = kBatterySlotX - kChargingIconW - 2;
+    if (look.charging) x = kBatterySlotX - kChargingIconW - 2;
     x -= BAR_SLOT_W;
 
     int textX, textW;
-    if (status.capacity < 10) {
+    if (look.capacity < 10) {
         textX = x - 42;
         textW = 30;
-    } else if (status.capacity < 100) {
+    } else if (look.capacity < 100) {
         textX = x - 57;
         textW = 45;
     } else {
@@ -163,15 +202,19 @@ int draw_battery_icon(int y) {
     // The whole group, from the text to the battery slot's right edge.
     cleanArea(textX, y + BAR_SLOT_TOP, kBatterySlotX + BAR_SLOT_W - textX);
 
-    if (status.charging) drawIconAt(kBatterySlotX - kChargingIconW, y, "skin/ic-charging.png");
-    drawIconAt(x, y, batteryIcon(status.capacity));
+    if (look.charging) drawIconAt(kBatterySlotX - kChargingIconW, y, "skin/ic-charging.png");
+    drawIconAt(x, y, batteryIcon(look.capacity));
 
     char text[16];
-    snprintf(text, sizeof text, "%d%%", status.capacity);
+    snprintf(text, sizeof text, "%d%%", look.capacity);
     const SDL_Rect box = {textX, y + BAR_SLOT_TOP, textW, BAR_SLOT_H};
     DrawString(gNavFontIcon, box, text, gNavColorIcon, ALIGN_MIDDLE_LEFT);
-    return textW + (status.charging ? 72 : 54);
+    return textW + (look.charging ? 72 : 54);
 }
+
+}  // namespace
+
+int draw_battery_icon(int y) { return drawBatteryGroup(currentLook(), y); }
 
 int navBarTitleRight(int iconsWidth) { return kIconAnchorX - iconsWidth + BAR_SLOT_PITCH - kTitleGap; }
 
@@ -181,44 +224,37 @@ int KovaniWindow::drawNavBar(int y) {
         gIconBack->render(nullptr, &at, true, nullptr);
     }
 
-    const int battery = draw_battery_icon(y);
-    const BarStatus& status = barStatus();
-    int used = battery;
+    const BarLook look = currentLook();
+    int used = drawBatteryGroup(look, y);
     int x = kIconAnchorX - used;
 
     cleanSlot(x, y);
-    const bool sound = GetKeyShm(&gShmInfo, MONITOR_VOLUME) > 0;
-    drawIconAt(x, y, sound ? "skin/ic-sound-n.png" : "skin/ic-sound-mute.png");
+    drawIconAt(x, y, look.sound ? "skin/ic-sound-n.png" : "skin/ic-sound-mute.png");
     used += BAR_SLOT_PITCH;
     x = kIconAnchorX - used;
 
     // Sound goes to Bluetooth headphones: their icon sits beside the sound's.
-    if (status.btAudio) {
+    if (look.btAudio) {
         cleanSlot(x, y);
         drawIconAt(x, y, "skin/icon-bluetooth-headphone.png");
         used += BAR_SLOT_PITCH;
         x = kIconAnchorX - used;
     }
 
-    const char* network = nullptr;
-    if (status.supplicant) {
-        const WpaMsg wifi = rx_copy_wpa_msg();
-        if (wifi.state == WPA_STATE_COMPLETED) network = wifiIcon(wifi.rssi);
-    } else if (status.hostapd) {
-        network = "skin/icon-hotspot.png";
-    }
-    if (network) {
+    if (look.network) {
         cleanSlot(x, y);
-        drawIconAt(x, y, network);
+        drawIconAt(x, y, look.network);
         used += BAR_SLOT_PITCH;
         x = kIconAnchorX - used;
     }
 
     cleanSlot(x, y);
-    if (status.btHeadphone) {
+    if (look.btHeadphone) {
         drawIconAt(x, y, "skin/icon-bluetooth-headphone.png");
         used += BAR_SLOT_PITCH;
     }
+    sDrawnLook = look;
+    sDrawnThisFrame = true;
 
     // Last: a long title (long CJK names) is cut to the room the icons leave.
     const char* title = getTitle();
@@ -258,36 +294,18 @@ int KovaniWindow::drawStatBar(int y) {
 
 void invalidateBarStatus() { sStatusValid = false; }
 
-namespace {
-
-// What the top bar's icons depend on, in a form that compares whole.
-struct BarLook {
-    int capacity;
-    bool charging, supplicant, hostapd, btHeadphone, btAudio, sound;
-    const char* network;  // the Wi-Fi icon's name, or null
-    bool operator!=(const BarLook& o) const {
-        return capacity != o.capacity || charging != o.charging || supplicant != o.supplicant ||
-               hostapd != o.hostapd || btHeadphone != o.btHeadphone || btAudio != o.btAudio ||
-               sound != o.sound || network != o.network;
-    }
-};
-
-BarLook sDrawnLook = {-1, false, false, false, false, false, false, nullptr};
-
-BarLook currentLook() {
-    const BarStatus& status = barStatus();
-    BarLook look = {status.capacity,    status.charging, status.supplicant,
-                    status.hostapd,     status.btHeadphone, status.btAudio,
-                    GetKeyShm(&gShmInfo, MONITOR_VOLUME) > 0, nullptr};
-    if (status.supplicant) {
-        const WpaMsg wifi = rx_copy_wpa_msg();
-        if (wifi.state == WPA_STATE_COMPLETED) look.network = wifiIcon(wifi.rssi);
-    }
-    return look;
+long barsLookDueInMs() {
+    const long now = monotonicMs();
+    if (!statusFresh(now)) return 0;
+    return sStatusReadMs + BAR_STATUS_PERIOD_MS - now;
 }
 
-}  // namespace
+bool barsNeedRedraw() { return currentLook() != sShownLook; }
 
-bool barsNeedRedraw() { return currentLook() != sDrawnLook; }
-
-void noteBarsDrawn() { sDrawnLook = currentLook(); }
+// What the frame showed is what its bar was drawn from, not the state now: a
+// change that came after the bar was drawn still differs and is drawn next.
+// A window that drew no bar shows none, so nothing of it can be stale.
+void noteBarsDrawn() {
+    sShownLook = sDrawnThisFrame ? sDrawnLook : currentLook();
+    sDrawnThisFrame = false;
+}

@@ -29,13 +29,21 @@ int draw_battery_icon(int y);
 // then `text`. Returns icon width + 10 + text width.
 int draw_stat_icon_item_left(KovaniSurface* icon, int x, int y, const char* text);
 
-// The battery, process and Bluetooth state behind the top bar is read at
-// most once a second; this makes the next bar read it again.
+// The battery, network and Bluetooth state behind the top bar is read again
+// once it is this old (the key memory's volume and the Wi-Fi record are
+// looked at each time). With the loop waking when it is due, a change shows
+// within this period and one frame: under a second.
+const long BAR_STATUS_PERIOD_MS = 800;
+
+// Makes the next bar read the state again.
 void invalidateBarStatus();
+// Milliseconds until the state is due to be read again; 0 when it is due.
+// An idle loop sleeps no longer than this.
+long barsLookDueInMs();
 
 // Whether the state the top bar shows (battery, charging, sound, network,
-// Bluetooth) differs from when noteBarsDrawn() was last called; cheap enough
-// to ask on every wake of the loop. The loop calls noteBarsDrawn() after
-// each drawn frame.
+// Bluetooth) differs from what the last drawn frame showed; cheap enough to
+// ask on every wake of the loop. The loop calls noteBarsDrawn() after each
+// drawn frame: it records the state the frame's bar was drawn from.
 bool barsNeedRedraw();
 void noteBarsDrawn();

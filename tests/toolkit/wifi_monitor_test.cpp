@@ -1,10 +1,11 @@
 #include "toolkit/wifi_monitor.h"
 
+#include <SDL2/SDL.h>
 #include <gtest/gtest.h>
+#include <string.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "platform/sysutil.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
+#include "toolkit/keycodes.h"
 
 namespace {
 
@@ -31,20 +33,17 @@ std::string describe(const WpaMsg& m) {
 const std::string kConnected = "4 'HomeNet' 192.168.1.23 -55 72 -92 2437 3";
 const std::string kEmpty = describe(WpaMsg{});
 
-// Answers each poll's two wpa_cli commands into the redirection's file, as the shell.
+// Answers each poll's two requests from a script of answers, as wpa_cli.
 class ScriptedShell : public WpaShell {
 public:
     struct Answer { std::string status, signal; };
-    bool supplicantRunning() override { return true; }
-    int run(const char* command, const StopFlag&) override {
-        const std::string cmd = command;
-        const bool append = cmd.find(">> ") != std::string::npos;
-        if (!append) mCurrent = mAnswers[mPolls % mAnswers.size()];
-        FILE* f = fopen(cmd.substr(cmd.rfind(' ') + 1).c_str(), append ? "a" : "w");
-        if (!f) return 2 << 8;
-        fputs(append ? mCurrent.signal.c_str() : mCurrent.status.c_str(), f);
-        fclose(f);
-        if (append) mPolls++;
+    bool supplicantRunning() override { return mLastPoll < 0 || mPolls <= mLastPoll; }
+    bool hotspotRunning() override { return false; }
+    int query(const char* request, std::string* out, const StopFlag&) override {
+        const bool signal = strcmp(request, "signal_poll") == 0;
+        if (!signal) mCurrent = mAnswers[mPolls % mAnswers.size()];
+        *out = signal ? mCurrent.signal : mCurrent.status;
+        if (signal) mPolls++;
         return 0;
     }
     bool waitForPolls(int total) {
@@ -54,17 +53,20 @@ public:
 
     std::vector<Answer> mAnswers{{kConnectedStatus, kSignalPoll}};  // set before the monitor starts
     std::atomic<int> mPolls{0};
+    int mLastPoll = -1;  // the supplicant stops after this poll; -1: never
 
 private:
     Answer mCurrent;  // the monitor thread's only
 };
 
-// A wpa_cli that hangs: every command is a shell line sleeping 10 s.
+// A wpa_cli that hangs: every request is a shell line sleeping 10 s.
 class HungShell : public WpaShell {
 public:
     bool supplicantRunning() override { return true; }
-    int run(const char*, const StopFlag& stop) override {
+    bool hotspotRunning() override { return false; }
+    int query(const char*, std::string* out, const StopFlag& stop) override {
         mRuns++;
+        out->clear();
         return runShellLine("sleep 10", &stop);
     }
     std::atomic<int> mRuns{0};
@@ -79,7 +81,6 @@ bool stopsAtOnce() {
 
 class WifiMonitorTest : public ::testing::Test {
 protected:
-    void SetUp() override { makeDirs(std::filesystem::path(mRoot.at(DEVICE_PATH_WPA_STATUS)).parent_path()); }
     void TearDown() override { rx_wifi_monitor_stop(); }  // before mShell goes
 
     TempDeviceRoot mRoot;
@@ -143,4 +144,23 @@ TEST_F(WifiMonitorTest, ReadersOnlyEverSeeWholeRecords) {
     EXPECT_GE(mShell.mPolls, 300);
     EXPECT_GT(alphas, 0);
     EXPECT_GT(bravos, 0);
+}
+
+// A poll that changes what the status bar shows wakes the main loop once;
+// one that changes nothing does not.
+TEST_F(WifiMonitorTest, AChangeOfStateOrSignalPostsOneRefresh) {
+    ASSERT_EQ(SDL_Init(SDL_INIT_EVENTS), 0) << SDL_GetError();
+    SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
+    const ScriptedShell::Answer connected = {kConnectedStatus, kSignalPoll},
+                                weaker = {kConnectedStatus, "RSSI=-75\n"};
+    mShell.mAnswers = {connected, connected, weaker, weaker};
+    mShell.mLastPoll = 3;
+    ASSERT_EQ(wifi_monitor_start(&mShell, 0), 0);
+    ASSERT_TRUE(mShell.waitForPolls(4));
+    rx_wifi_monitor_stop();
+    SDL_Event events[8];
+    const int n = SDL_PeepEvents(events, 8, SDL_GETEVENT, SDL_USEREVENT, SDL_USEREVENT);
+    EXPECT_EQ(n, 2) << "connected, then the weaker signal";
+    for (int i = 0; i < n; i++) EXPECT_EQ(events[i].user.code, EVENT_REFRESH);
+    SDL_Quit();
 }

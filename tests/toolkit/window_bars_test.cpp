@@ -1,13 +1,9 @@
 #include "toolkit/window_bars.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
 #include <stdio.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <memory>
 #include <string>
 
 #include "platform/device_paths.h"
@@ -15,11 +11,8 @@
 #include "tests/support/temp_dir.h"
 #include "toolkit/lang.h"
 #include "toolkit/shared_skin.h"
-#include "platform/sysutil.h"
 #include "toolkit/system_state.h"
 #include "toolkit/window.h"
-
-extern char** environ;
 
 namespace {
 
@@ -31,22 +24,6 @@ const struct { const char* name; SDL_Color color; } kIcons[] = {
     {"skin/ic-batery-75%.png", {0, 160, 0, 255}},      {"skin/ic-sound-n.png", {0, 0, 250, 255}},
     {"skin/ic-sound-mute.png", {0, 0, 150, 255}},
     {"skin/icon-bluetooth-headphone.png", {250, 0, 250, 255}}, {"skin/icon-hotspot.png", {250, 130, 0, 255}},
-};
-
-// A process the process table shows under `name`, until destroyed.
-class FakeProcess {
-public:
-    explicit FakeProcess(const char* name) {
-        char* argv[] = {const_cast<char*>(name), const_cast<char*>("60"), nullptr};
-        if (posix_spawn(&mPid, "/bin/sleep", nullptr, nullptr, argv, environ) != 0) mPid = -1;
-        for (int i = 0; i < 200 && mPid > 0 && check_process_exist(name) != mPid; i++) usleep(10 * 1000);
-    }
-    ~FakeProcess() {
-        if (mPid <= 0) return;
-        kill(mPid, SIGKILL);
-        waitpid(mPid, nullptr, 0);
-    }
-    pid_t mPid = -1;
 };
 
 class BarWindow : public KovaniWindow {
@@ -123,7 +100,7 @@ TEST_F(BarsTest, NavBarLaysIconsLeftwardsFromTheBatteryGroup) {
         const std::string name = std::to_string(c.used);
         setMarker(DEVICE_PATH_BT_READY, c.markers);  // with the address file, a headphone
         setMarker(DEVICE_PATH_BT_AUDIO, c.audio);
-        std::unique_ptr<FakeProcess> hostapd(c.hotspot ? new FakeProcess("hostapd") : nullptr);
+        setMarker(DEVICE_PATH_HOSTAPD_STAND_IN, c.hotspot);
         SetKeyShm(&gShmInfo, MONITOR_VOLUME, c.volume);
         invalidateBarStatus();
         clear(kJunk.r, kJunk.g, kJunk.b);

@@ -2,14 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <time.h>
+
 #include <algorithm>
+#include <atomic>
 #include <functional>
 #include <iterator>
 #include <string>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/device_paths.h"
-#include "platform/sysutil.h"
+#include "platform/key_shm.h"
 #include "tests/support/plane_frames.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/sdl_screen.h"
@@ -17,6 +21,7 @@
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
 #include "toolkit/screen.h"
+#include "toolkit/system_state.h"
 #include "toolkit/window_bars.h"
 
 namespace {
@@ -28,25 +33,34 @@ void push(int type, int code = 0) {
     SDL_PushEvent(&e);
 }
 
+long realMs() {
+    struct timespec ts;
+    clock_gettime(CLOCK_MONOTONIC, &ts);
+    return ts.tv_sec * 1000L + ts.tv_nsec / 1000000;
+}
+
 // A clock that moves only when the loop sleeps, each sleep maybe a script step;
-// a real-time deadline ends a loop that would never stop.
-class FakeClock : public FrameClock {
+// a real-time deadline ends a loop that would never stop. It is also the
+// program's clock source, so the status bar's reads follow it.
+class FakeClock : public FrameClock, public ClockSource {
 public:
     long nowMs() override {
-        if (systemms() > mDeadline) {
+        if (realMs() > mDeadline) {
             mExpired = true;
             requestQuit();
         }
         return mNow;
     }
+    long monotonicMs() override { return mNow; }
+    long wallMs() override { return mNow; }
     void waitEventMs(long ms) override {
         mWaits.push_back(ms);
         if (mOnWait) mOnWait(mWaits.size());
         SDL_PumpEvents();
         if (!SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT)) mNow += ms;
     }
-    long mNow = 1000000;
-    long mDeadline = systemms() + 5000;
+    std::atomic<long> mNow{1000000};  // also read by the key-repeat thread
+    long mDeadline = realMs() + 5000;
     bool mExpired = false;
     std::vector<long> mWaits;
     std::function<void(size_t)> mOnWait;  // called with the count of waits so far
@@ -68,6 +82,7 @@ public:
     }
     int draw() override {
         mChanged = false;
+        if (mOnDraw) mOnDraw();
         if (dueReached()) mDue = -1;
         if (mDrawnAt) mDrawnAt->push_back(mClock->mNow);
         log("draw");
@@ -93,6 +108,7 @@ public:
     Handler mHandler;
     FakeClock* mClock;                      // not owned
     std::vector<long>* mDrawnAt = nullptr;  // not owned; outlives the window
+    std::function<void()> mOnDraw;          // what the window draws, if anything
     bool mChanged = false;
     long mDue = -1;
 };
@@ -104,10 +120,12 @@ protected:
         SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
         clearQuitRequest();
         setFrameClock(&mClock);
+        setClockSource(&mClock);
         s_bootFpsTimeout = 0;
     }
     void TearDown() override {
         setFrameClock(nullptr);
+        setClockSource(nullptr);
         clearQuitRequest();
         SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
         EXPECT_FALSE(mClock.mExpired) << "the loop did not end by itself";
@@ -215,7 +233,7 @@ TEST_F(RunWindowsTest, AFrameIsDrawnAfterEachKindOfChangeAndNoneWithout) {
         {"a key", [] { push(SDL_USEREVENT, KEY_A); }, 1},
         {"a refresh that changes nothing", [] { push(SDL_USEREVENT, EVENT_REFRESH); }, 0},
         {"the window's own change", [&] { w->mChanged = true; }, 1},
-        {"its due time", [&] { w->mDue = mClock.mNow + 1300; }, 1},
+        {"its due time", [&] { w->mDue = mClock.mNow + BAR_STATUS_PERIOD_MS + 300; }, 1},
         {"the battery",
          [&] {
              writeFileAtomic(mDevice.at(DEVICE_PATH_BATTERY_CAPACITY), "40\n");
@@ -239,7 +257,8 @@ TEST_F(RunWindowsTest, AFrameIsDrawnAfterEachKindOfChangeAndNoneWithout) {
     run();
     ASSERT_EQ(drawn.size(), n + 1);
     for (size_t i = 0; i < n; i++) EXPECT_EQ(drawn[i + 1] - drawn[i], changes[i].frames) << changes[i].change;
-    EXPECT_GE(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), 1000) << "idle waits are long";
+    EXPECT_EQ(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), BAR_STATUS_PERIOD_MS)
+        << "idle waits are as long as the status bar allows";
     EXPECT_NE(std::find(mClock.mWaits.begin(), mClock.mWaits.end(), 300), mClock.mWaits.end())
         << "the window's due time bounds the wait";
 }
@@ -284,4 +303,114 @@ TEST_F(RunWindowsTest, VideoFramesArePresentedWithoutRedrawingTheWindow) {
     EXPECT_EQ(mDrawTimes.size(), 1u) << "only the first frame draws the window";
     EXPECT_LE(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), 5) << "frames come: short waits";
     EXPECT_FALSE(ScreenVideoChanged()) << "every picture was presented";
+}
+
+namespace {
+
+// Status icons in colours of their own, for telling from a frame what its
+// bar shows.
+const struct { const char* name; SDL_Color color; } kBarIcons[] = {
+    {"skin/ic-batery-75%.png", {0, 160, 0, 255}},    {"skin/ic-batery-25%.png", {160, 160, 0, 255}},
+    {"skin/ic-charging.png", {250, 250, 0, 255}},    {"skin/ic-sound-n.png", {0, 0, 250, 255}},
+    {"skin/ic-sound-mute.png", {0, 0, 150, 255}},    {"skin/icon-bluetooth-headphone.png", {250, 0, 250, 255}},
+    {"skin/icon-hotspot.png", {250, 130, 0, 255}},
+};
+
+// A window that draws the top bar and notes, for each frame, when it was
+// drawn and which status icons it shows.
+class BarLoopTest : public RunWindowsTest {
+protected:
+    void SetUp() override {
+        RunWindowsTest::SetUp();
+        for (const auto& icon : kBarIcons) writePng(dir() + icon.name, 20, 20, icon.color, 4);
+        writeFileAtomic(mDevice.at(DEVICE_PATH_BATTERY_CAPACITY), "57\n");
+        ASSERT_EQ(InitKeyShm(&gShmInfo), 0);
+        SetKeyShm(&gShmInfo, MONITOR_VOLUME, 10);
+        invalidateBarStatus();
+        mWindow = add("bar", [](ScriptWindow&, int code) { return code == KEY_X ? (int)WINDOW_QUIT : 0; });
+        mWindow->mOnDraw = [this] {
+            mWindow->drawNavBar(0);
+            std::vector<std::string> shown;
+            for (const auto& icon : kBarIcons)
+                if (colorBounds(icon.color, {900, 0, 380, 80}).w > 0) shown.push_back(icon.name);
+            mFrames.push_back({mClock.mNow, shown});
+            if (mAfterBar) mAfterBar();
+        };
+    }
+    void TearDown() override {
+        UninitKeyShm(&gShmInfo);
+        RunWindowsTest::TearDown();
+    }
+    // When the first frame from `since` on that shows `icon` was drawn, or -1.
+    long shownAt(const char* icon, long since) const {
+        for (const Frame& f : mFrames)
+            if (f.at >= since && std::find(f.icons.begin(), f.icons.end(), icon) != f.icons.end()) return f.at;
+        return -1;
+    }
+
+    struct Frame {
+        long at;
+        std::vector<std::string> icons;
+    };
+    ScriptWindow* mWindow = nullptr;  // owned by mList
+    std::vector<Frame> mFrames;
+    std::function<void()> mAfterBar;  // runs in each draw, right after the bar
+};
+
+}  // namespace
+
+// The key memory's volume changes right after the bar was drawn, before the
+// frame is done: the mute icon still reaches the screen.
+TEST_F(BarLoopTest, AChangeJustAfterTheBarWasDrawnIsDrawnNext) {
+    mAfterBar = [this] {
+        if (mFrames.size() == 1) SetKeyShm(&gShmInfo, MONITOR_VOLUME, 0);
+    };
+    mClock.mOnWait = [](size_t waits) {
+        if (waits == 4) push(SDL_USEREVENT, KEY_X);
+    };
+    run();
+    ASSERT_FALSE(mFrames.empty());
+    const auto& last = mFrames.back().icons;
+    EXPECT_NE(std::find(last.begin(), last.end(), "skin/ic-sound-mute.png"), last.end()) << "the screen stays unmuted";
+}
+
+// Each kind of change shows within a second, also when a key drew a frame
+// from the status read just before the change.
+TEST_F(BarLoopTest, EachStatusChangeShowsWithinASecond) {
+    const struct {
+        const char* change;
+        std::function<void()> make;
+        const char* icon;  // the icon that appears
+        long keyAfter;     // a key handled this long after the change
+    } changes[] = {
+        {"battery low", [&] { writeFileAtomic(mDevice.at(DEVICE_PATH_BATTERY_CAPACITY), "15\n"); },
+         "skin/ic-batery-25%.png", 100},
+        {"charger", [&] { writeFileAtomic(mDevice.at(DEVICE_PATH_USB_ONLINE), "1\n"); }, "skin/ic-charging.png", 500},
+        {"headphones", [&] { writeFileAtomic(mDevice.at(DEVICE_PATH_BT_AUDIO), ""); },
+         "skin/icon-bluetooth-headphone.png", 790},
+        {"mute", [&] { SetKeyShm(&gShmInfo, MONITOR_VOLUME, 0); }, "skin/ic-sound-mute.png", 300},
+        {"hotspot", [&] { writeFileAtomic(mDevice.at(DEVICE_PATH_HOSTAPD_STAND_IN), ""); }, "skin/icon-hotspot.png",
+         600},
+    };
+    const size_t n = sizeof changes / sizeof changes[0];
+    std::vector<long> madeAt;
+    // Every fifth wait, idle since the status was read: the next change,
+    // then a key later on.
+    mClock.mOnWait = [&](size_t waits) {
+        if (waits % 5 != 0) return;
+        const size_t next = waits / 5 - 1;
+        if (next == n) push(SDL_USEREVENT, KEY_X);
+        if (next >= n) return;
+        changes[next].make();
+        madeAt.push_back(mClock.mNow);
+        mClock.mNow += changes[next].keyAfter;
+        push(SDL_USEREVENT, KEY_A);
+    };
+    run();
+    ASSERT_EQ(madeAt.size(), n);
+    for (size_t i = 0; i < n; i++) {
+        const long at = shownAt(changes[i].icon, madeAt[i]);
+        EXPECT_GE(at, madeAt[i]) << changes[i].change << " never shown";
+        EXPECT_LE(at - madeAt[i], 1000) << changes[i].change;
+    }
 }
