@@ -2,12 +2,15 @@
 # A scripted session of the player for machines without a display: run under
 # xvfb-run, it browses, plays, pauses, goes fullscreen, opens the settings and
 # quits, leaving numbered screenshots in OUT. The real decoder plays; its
-# picture is composited beneath the interface as on the device.
-#   demo_session.sh APP_DIR LIBRARY OUT
+# picture is composited beneath the interface as on the device. On the way
+# the device tool changes the device's state, and the status bar is taken in
+# each (charging, low battery, headphones, mute, Wi-Fi, hotspot).
+#   demo_session.sh APP_DIR LIBRARY OUT DEVICE_TOOL
 set -uo pipefail
 APP=$1
 LIBRARY=$2
 OUT=$3
+DEVICE=$4
 LOG=$OUT/player.log
 rm -rf "$OUT"
 mkdir -p "$OUT"
@@ -21,6 +24,20 @@ shot() {
     echo "  $file"
 }
 
+# bar_shot NAME SETTING...: the device's new state, and the status bar's end
+# of the top bar a second later.
+bar_shot() {
+    local name=$1
+    shift
+    "$DEVICE" "$@" >/dev/null
+    sleep 1
+    N=$((N + 1))
+    local file
+    file=$(printf '%s/%02d-status-%s.png' "$OUT" "$N" "$name")
+    import -window root -crop 400x76+880+0 +repage "$file"
+    echo "  $file ($*)"
+}
+
 press() {
     xdotool key --delay 80 "$@"
     sleep "${PAUSE:-0.6}"
@@ -32,6 +49,13 @@ for _ in $(seq 100); do xdotool search --name '^Main$' >/dev/null 2>&1 && break;
 sleep 1.5
 echo "screenshots:"
 shot browser
+bar_shot charging battery 64 charging
+bar_shot low-battery battery 12 discharging
+bar_shot headphones headphones on
+bar_shot mute volume 0
+bar_shot wifi volume 14 headphones off wifi -75
+bar_shot hotspot hotspot on
+"$DEVICE" reset >/dev/null
 press Down
 press Down
 shot cursor-on-video
