@@ -12,8 +12,9 @@ REFS=$(cd "$(dirname "$0")" && pwd)/status_bar
 SHOTS=$(dirname "$DEV")/e2e-shots VIDS=$DEV/mnt/SDCARD/Videos LOG=$DEV/player.log
 # The status icons and the battery text: the right end of the top bar.
 CROP=400x76+880+0
-# Pixels that may differ (beyond a small colour distance) from the reference.
-TOLERANCE=40
+# Pixels that may differ (beyond a small colour distance) from the reference:
+# a quarter of the least difference between two states (Wi-Fi levels, 83).
+TOLERANCE=20
 PID=
 trap 'rm -rf "$DEV"' EXIT
 
