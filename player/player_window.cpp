@@ -17,7 +17,7 @@
 #include "platform/logger.h"
 #include "toolkit/screen.h"
 #include "toolkit/shared_skin.h"
-#include "platform/sysutil.h"
+#include "platform/clock.h"
 #include "toolkit/text.h"
 #include "toolkit/window_bars.h"
 
@@ -269,7 +269,7 @@ void PlayerWindow::stepTrack(bool forward) {
 }
 
 void PlayerWindow::showFullscreenPanel() {
-    if (mFullscreenMode) mFullscreenShowCtrlMS = (uint64_t)systemms();
+    if (mFullscreenMode) mFullscreenShowCtrlMS = (uint64_t)monotonicMs();
 }
 
 void PlayerWindow::openQuitDialog() {
@@ -280,7 +280,7 @@ void PlayerWindow::openQuitDialog() {
 }
 
 int PlayerWindow::onPlayFile() {
-    const long now = systemms();
+    const long now = monotonicMs();
     tprintf("event play file %ld\n", now);
     if (now - (long)mLastPlayedTime <= kRepeatedChoiceMs) return 0;
     if (!sameFile(mPlayer.getUrl())) {
@@ -450,7 +450,7 @@ void PlayerWindow::drawFullscreenCtrlPanel() {
 bool PlayerWindow::panelShown() {
     const uint64_t shown = mFullscreenShowCtrlMS;
     return mFullscreenMode && shown != 0 && shown != kNever &&
-           (uint64_t)systemms() - shown <= kPanelShowMs - 1;
+           (uint64_t)monotonicMs() - shown <= kPanelShowMs - 1;
 }
 
 uint64_t PlayerWindow::viewKey() {
@@ -519,7 +519,7 @@ int PlayerWindow::draw() {
         // layer beneath shows through it.
         clearTransparent();
         const uint64_t shown = mFullscreenShowCtrlMS;
-        if (shown != 0 && shown != kNever && (uint64_t)systemms() - shown <= kPanelShowMs - 1) {
+        if (shown != 0 && shown != kNever && (uint64_t)monotonicMs() - shown <= kPanelShowMs - 1) {
             if (!mFileName.empty() && mProgressTitleFull) {
                 drawAt(mProgressTitleFull, 20, 20);
                 SDL_Rect band = {20, 20, mProgressTitleFull->getWidth(), mProgressTitleFull->getHeight()};

@@ -123,9 +123,9 @@ private:
     char mDispBuf[32];
     bool mPlayed;
     int mPlayIndex;
-    uint64_t mFullscreenShowCtrlMS;
+    uint64_t mFullscreenShowCtrlMS;  // monotonic ms of the last panel key
     std::string mFileName;
-    uint64_t mLastPlayedTime;
+    uint64_t mLastPlayedTime;  // monotonic ms of the last choice acted on
     std::string mCurrentName;
     int mCurrentNameIdx;
     uint64_t mDrawnKey;   // viewKey() of the last frame drawn

@@ -4,9 +4,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <condition_variable>
 #include <filesystem>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "platform/device_paths.h"
@@ -18,6 +21,7 @@
 #include "tests/support/recording_shell.h"
 #include "tests/support/sdl_events.h"
 #include "tests/support/sdl_screen.h"
+#include "tests/support/shifted_clock.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/input.h"
@@ -25,15 +29,18 @@
 
 namespace {
 
-// A player window that counts the frames it draws.
+// A player window that counts the frames it draws, and may act after each.
 class CountingPlayer : public PlayerWindow {
 public:
     using PlayerWindow::PlayerWindow;
     int draw() override {
         mDraws++;
-        return PlayerWindow::draw();
+        const int result = PlayerWindow::draw();
+        if (mAfterDraw) mAfterDraw();
+        return result;
     }
     int mDraws = 0;
+    std::function<void()> mAfterDraw;
 };
 
 // The player window over the staged skin, videos a.mp4, b.mkv, c.avi, x/, y/ and
@@ -60,6 +67,7 @@ protected:
     void TearDown() override {
         for (KovaniWindow* w : mWindows) delete w;
         mWindows.clear();
+        setClockSource(nullptr);
         gWinList = nullptr;
         uninit_skin();
         (void)chdir(mOldCwd.c_str());
@@ -105,6 +113,7 @@ protected:
     }
 
     SDL_Texture* mFrame = nullptr;  // owned: where the window draws
+    ShiftedClock mClock;            // installed by the tests that move it
     TempDeviceRoot mRoot;
     RecordingShell mShell;
     std::vector<KovaniWindow*> mWindows;  // owned; the stack the window pushes popups on
@@ -288,7 +297,7 @@ void pushCode(int code, Uint32 type = SDL_USEREVENT) {
 // Real time; each time the loop goes idle the next step runs.
 class IdleScript : public FrameClock {
 public:
-    long nowMs() override { return systemms(); }
+    long nowMs() override { return monotonicMs(); }
     void waitEventMs(long ms) override {
         SDL_PumpEvents();
         if (ms > 100 && !SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) && mNext < mSteps.size()) mSteps[mNext++]();
@@ -387,4 +396,55 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
         });
     runWindows(mWindows);
     EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
+}
+
+// The wall clock steps an hour back, then forward (the network sets it, or
+// the user): under the loop's own clock keys are still handled, frames
+// still drawn and chosen videos still start.
+TEST_F(PlayerLoopTest, SteppingTheWallClockStopsNeitherKeysNorFrames) {
+    setClockSource(&mClock);
+    setFrameClock(nullptr);
+    CountingPlayer* player = openPlayer<CountingPlayer>();
+    const long hour = 3600000;
+    const struct { long wallStep; std::vector<int> keys; const char* starts; } steps[] = {
+        {0, {KEY_A}, "/a.mp4"},
+        {-hour, {KEY_DOWN, KEY_A}, "/b.mkv"},
+        {2 * hour, {KEY_DOWN, KEY_A}, "/c.avi"},
+    };
+    const size_t n = sizeof steps / sizeof steps[0];
+    size_t next = 0;
+    // After each frame that follows the last step's keys the next step: it
+    // checks the last one's start, then steps the wall clock; the monotonic
+    // one moves past the guard against a choice made twice.
+    player->mAfterDraw = [&] {
+        SDL_PumpEvents();
+        if (next > n || SDL_HasEvent(SDL_USEREVENT)) return;
+        if (next > 0) {
+            EXPECT_TRUE(started(steps[next - 1].starts)) << steps[next - 1].starts;
+        }
+        if (next == n) {
+            next++;
+            return pushCode(0, SDL_QUIT);
+        }
+        mClock.mWallShift += steps[next].wallStep;
+        mClock.mMonotonicShift += 250;
+        for (int key : steps[next].keys) pushCode(key);
+        next++;
+    };
+    // A loop that waits for a wall-clock hour is ended from outside.
+    std::mutex lock;
+    std::condition_variable ended;
+    bool done = false;
+    std::thread deadline([&] {
+        std::unique_lock<std::mutex> hold(lock);
+        if (!ended.wait_for(hold, std::chrono::seconds(20), [&] { return done; })) pushCode(0, SDL_QUIT);
+    });
+    runWindows(mWindows);
+    {
+        std::lock_guard<std::mutex> hold(lock);
+        done = true;
+    }
+    ended.notify_all();
+    deadline.join();
+    EXPECT_EQ(next, n + 1) << "every step had its frame";
 }
