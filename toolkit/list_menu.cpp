@@ -111,7 +111,9 @@ int ListMenu::handleEvent(int key) {
             mLastKeyMs = now;
         }
     }
-    const bool held = mKeyHistory.size() >= kHeldRunLength;
+    // Only the key the run is made of counts as held: a tap of the other
+    // direction right after a hold moves one entry.
+    const bool held = mKeyHistory.size() >= kHeldRunLength && mKeyHistory.back() == key;
 
     switch (key) {
         case KEY_UP: {
