@@ -72,7 +72,6 @@ private:
     bool loadPath(const std::string& path, int listIndex, const std::string& folder);
     bool playNeighbour(int step);
     void takeDecoderNews();
-    void openQuitDialog();
     void showFullscreenPanel();
     void readPlayerTimes();
     void drawTimes(int y);
@@ -127,7 +126,7 @@ private:
     std::string mFileName;
     uint64_t mLastPlayedTime;  // monotonic ms of the last choice acted on
     std::string mCurrentName;
-    int mCurrentNameIdx;
+    std::string mCurrentNamePath;  // the entry mCurrentName was taken from
     uint64_t mDrawnKey;   // viewKey() of the last frame drawn
     StaticPicture mStaticPicture;
     bool mComposeStatic;

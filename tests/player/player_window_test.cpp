@@ -23,9 +23,11 @@
 #include "tests/support/sdl_screen.h"
 #include "tests/support/shifted_clock.h"
 #include "tests/support/temp_dir.h"
+#include "toolkit/dialog_window.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/input.h"
 #include "toolkit/screen.h"
+#include "toolkit/shared_skin.h"
 
 namespace {
 
@@ -221,22 +223,82 @@ TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     EXPECT_TRUE(started("/x/x1.mp4"));
 }
 
-// The last video ends: the window shows stopped and A starts it again.
-TEST_F(PlayerWindowTest, TheLastVideoEndsAndTheSameFileStartsAgain) {
-    PlayerWindow& window = *openPlayer();
-    playEntry(window, 4);
-    ASSERT_TRUE(started("/c.avi"));
-    reportStatus("completed", 9000, 9000);
-    ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
-    pressKey(window, KEY_NONE);
-    EXPECT_FALSE(window.isPlaying());
+// After the last video ends, or L on the first, the file stands stopped
+// without its mark; A or Start starts it again, and its row shows the mark.
+TEST_F(PlayerWindowTest, AStoppedFileStartsAgainWithItsPlayingMark) {
+    setClockSource(&mClock);
+    const struct { const char* file; int row, stop, restart; } cases[] = {
+        {"/c.avi", 4, EVENT_PLAY_COMPLETE, KEY_A},
+        {"/a.mp4", 2, KEY_HOTKEY1, KEY_START},
+    };
+    for (const auto& c : cases) {
+        PlayerWindow* window = openPlayer();
+        for (int i = 0; i < c.row; i++) pressKey(*window, KEY_DOWN);
+        const SDL_Rect mark = {560, 80 + c.row * 96 + 30, 36, 36};
+        drawFrame(*window);
+        const std::vector<Uint32> unmarked = pixels(mark);
+        pressKey(*window, KEY_A);
+        ASSERT_TRUE(started(c.file));
+        if (c.stop == EVENT_PLAY_COMPLETE) {
+            reportStatus("completed", 9000, 9000);
+            ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
+        }
+        pressKey(*window, c.stop == EVENT_PLAY_COMPLETE ? KEY_NONE : c.stop);
+        drawFrame(*window);
+        EXPECT_FALSE(window->isPlaying()) << c.file;
+        EXPECT_TRUE(pixels(mark) == unmarked) << c.file << ": stopped, no mark";
 
-    const size_t lines = mShell.lines().size();
-    SDL_Delay(250);
+        const size_t lines = mShell.lines().size();
+        mClock.mMonotonicShift += 250;  // not the same choice made twice
+        pressKey(*window, c.restart);
+        drawFrame(*window);
+        EXPECT_TRUE(window->isPlaying()) << c.file;
+        EXPECT_FALSE(pixels(mark) == unmarked) << c.file << ": the playing mark";
+        ASSERT_TRUE(mShell.waitForLines(lines + 2));
+        EXPECT_TRUE(started(c.file));
+        mWindows.pop_back();
+        delete window;
+    }
+}
+
+// A start whose decoder never comes up (missing, or quitting on a file it
+// rejects) ends as a failed play: the idle picture, no mark, one log line.
+TEST_F(PlayerWindowTest, AStartWhoseDecoderNeverComesUpEndsAsAFailedPlay) {
+    PlayerWindow& window = *openPlayer();
+    pressKeys(window, {KEY_DOWN, KEY_DOWN});
+    const SDL_Rect all = {0, 0, 1280, 720};
+    drawFrame(window);
+    const std::vector<Uint32> idle = pixels(all);
+    mShell.failStarts(true);
+    CaptureStdout capture;
     pressKey(window, KEY_A);
-    EXPECT_TRUE(window.isPlaying());
-    ASSERT_TRUE(mShell.waitForLines(lines + 2));
-    EXPECT_TRUE(started("/c.avi"));
+    EXPECT_TRUE(started("/a.mp4"));
+    ASSERT_TRUE(waitQueued(EVENT_DECODER_EXIT));
+    pressKey(window, KEY_NONE);
+    for (int i = 0; i < 3; i++) window.refresh();
+    drawFrame(window);
+    const std::string log = capture.finish();
+    EXPECT_FALSE(window.isPlaying());
+    EXPECT_TRUE(pixels(all) == idle) << "the idle picture, no mark";
+    size_t lines = 0;
+    for (size_t at = 0; (at = log.find("did not come up", at)) != std::string::npos; at++) lines++;
+    EXPECT_EQ(lines, 1u) << log;
+}
+
+// The title line names the entry under the cursor, also when a folder
+// change leaves the cursor on the same index.
+TEST_F(PlayerWindowTest, TheTitleLineFollowsAFolderChange) {
+    PlayerWindow& window = *openPlayer();
+    const SDL_Rect title = {90, 15, 500, 50};
+    pressKey(window, KEY_NONE);  // the cursor on x
+    drawFrame(window);
+    const std::vector<Uint32> x = pixels(title);
+    pressKey(window, KEY_A);  // into x, the cursor on ".."
+    drawFrame(window);
+    EXPECT_FALSE(pixels(title) == x) << "inside x";
+    pressKey(window, KEY_B);  // back up, the cursor on x
+    drawFrame(window);
+    EXPECT_TRUE(pixels(title) == x) << "back up";
 }
 
 // The slider stays on its track; a duration of 0 is unknown and shows none.
@@ -323,16 +385,13 @@ protected:
         SDL_DestroyTexture(mCheck);
         PlayerWindowTest::TearDown();
     }
-    // The frame on screen against a full redraw of the top window (text blends a little).
-    void expectUpToDate(const std::string& name) {
-        const SDL_Rect all = {0, 0, 1280, 720};
-        const std::vector<Uint32> shown = pixels(all);
+    // Pixels of `area` on screen that differ from what `redraw` draws into
+    // a frame of its own (text blends a little).
+    int differFrom(SDL_Rect area, const std::function<void()>& redraw) {
+        const std::vector<Uint32> shown = pixels(area);
         SDL_SetRenderTarget(gRenderer, mCheck);
-        PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
-        if (player) player->setComposeStatic(false);  // composed parts drawn anew too
-        gWinList->back()->draw();
-        if (player) player->setComposeStatic(true);
-        const std::vector<Uint32> full = pixels(all);
+        redraw();
+        const std::vector<Uint32> full = pixels(area);
         SDL_SetRenderTarget(gRenderer, mFrame);
         int differ = 0;
         for (size_t i = 0; i < shown.size(); i++)
@@ -341,6 +400,16 @@ protected:
                     differ++;
                     break;
                 }
+        return differ;
+    }
+    // The frame on screen against a full redraw of the top window.
+    void expectUpToDate(const std::string& name) {
+        const int differ = differFrom({0, 0, 1280, 720}, [] {
+            PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
+            if (player) player->setComposeStatic(false);  // composed parts drawn anew too
+            gWinList->back()->draw();
+            if (player) player->setComposeStatic(true);
+        });
         mChecked++;
         EXPECT_LE(differ, 50) << name << ": pixels that differ from a full redraw";
     }
@@ -447,4 +516,26 @@ TEST_F(PlayerLoopTest, SteppingTheWallClockStopsNeitherKeysNorFrames) {
     ended.notify_all();
     deadline.join();
     EXPECT_EQ(next, n + 1) << "every step had its frame";
+}
+
+// Back in the top folder opens the quit question over a picture of the
+// player window drawn for it, whatever a present left on the screen.
+TEST_F(PlayerLoopTest, TheQuitQuestionOpensOverThePlayerWindow) {
+    openPlayer();
+    mScript.mSteps.push_back([this] {
+        clear(200, 0, 40);  // what a present may leave behind
+        pushCode(KEY_B);
+    });
+    mScript.mSteps.push_back([this] {
+        EXPECT_NE(dynamic_cast<DialogWindow*>(gWinList->back()), nullptr);
+        // Above the question's panel: the player window under the dimming.
+        const int differ = differFrom({0, 0, 1280, 100}, [] {
+            gWinList->front()->draw();
+            if (gBackgroundFloat) gBackgroundFloat->render(nullptr, nullptr, false, nullptr);
+        });
+        EXPECT_LE(differ, 50) << "pixels that differ from the player window";
+        pushCode(0, SDL_QUIT);
+    });
+    runWindows(mWindows);
+    EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
 }
