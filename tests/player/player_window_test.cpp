@@ -62,6 +62,7 @@ protected:
         ASSERT_EQ(chdir(KOVANI_APP_DIR), 0);
         initDefLang();
         init_skin();
+        setClockSource(&mClock);
     }
     void TearDown() override {
         for (KovaniWindow* w : mWindows) delete w;
@@ -91,7 +92,7 @@ protected:
     // Plays the entry `downs` rows below the first.
     void playEntry(PlayerWindow& window, int downs) {
         for (int i = 0; i < downs; i++) pressKey(window, KEY_DOWN);
-        SDL_Delay(250);  // a second choice within 200 ms would count as a repeat
+        mClock.mMonotonicShift += 250;  // a second choice within 200 ms would count as a repeat
         pressKey(window, KEY_A);
     }
     // The file the last start line names; started() waits (bounded) for `file`.
@@ -112,7 +113,7 @@ protected:
     }
 
     SDL_Texture* mFrame = nullptr;  // owned: where the window draws
-    ShiftedClock mClock;            // installed by the tests that move it
+    ShiftedClock mClock;            // installed: tests move time on at once
     TempDeviceRoot mRoot;
     RecordingShell mShell;
     std::vector<KovaniWindow*> mWindows;  // owned; the stack the window pushes popups on
@@ -205,7 +206,6 @@ TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
 // After the last video ends, or L on the first, the file stands stopped
 // without its mark; A or Start starts it again, and its row shows the mark.
 TEST_F(PlayerWindowTest, AStoppedFileStartsAgainWithItsPlayingMark) {
-    setClockSource(&mClock);
     const struct { const char* file; int row, stop, restart; } cases[] = {
         {"/c.avi", 4, EVENT_PLAY_COMPLETE, KEY_A},
         {"/a.mp4", 2, KEY_HOTKEY1, KEY_START},
@@ -457,7 +457,6 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
 // the user): under the loop's own clock keys are still handled, frames
 // still drawn and chosen videos still start.
 TEST_F(PlayerLoopTest, SteppingTheWallClockStopsNeitherKeysNorFrames) {
-    setClockSource(&mClock);
     setFrameClock(nullptr);
     CountingPlayer* player = openPlayer<CountingPlayer>();
     const long hour = 3600000;
