@@ -6,7 +6,6 @@
 #include "kovani_player.h"
 #include "player_lang.h"
 #include "quit_action.h"
-#include "toolkit/dialog_window.h"
 #include "toolkit/keycodes.h"
 #include "platform/logger.h"
 #include "toolkit/shared_skin.h"
@@ -59,8 +58,7 @@ QuitDialogAction::QuitDialogAction(KovaniPlayer* player, const char* currentDir)
     : Action(-1), mPlayer(player), mCurrentDir(currentDir ? currentDir : "") {}
 
 int QuitDialogAction::dowork(void*) {
-    add2PopupList(new DialogWindow(STRING_MEDIAPLAYER, STRING_QUIT_PROMPT, false,
-                                   new QuitAction(mPlayer, mCurrentDir.c_str()), nullptr));
+    openQuitQuestion(mPlayer, mCurrentDir.c_str());
     // Closes this popup; the question then comes up over the player window.
     return WINDOW_CLOSE_LAST;
 }

@@ -11,13 +11,12 @@
 #include "player_setting_window.h"
 #include "quit_action.h"
 #include "time_text.h"
-#include "toolkit/dialog_window.h"
 #include "toolkit/input.h"
 #include "toolkit/keycodes.h"
 #include "platform/logger.h"
 #include "toolkit/screen.h"
 #include "toolkit/shared_skin.h"
-#include "platform/sysutil.h"
+#include "platform/clock.h"
 #include "toolkit/text.h"
 #include "toolkit/window_bars.h"
 
@@ -98,7 +97,6 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mPlayIndex(-1),
       mFullscreenShowCtrlMS(kNever),
       mLastPlayedTime(0),
-      mCurrentNameIdx(-1),
       mDrawnKey(0),
       mStaticPicture(1280, 720),
       mComposeStatic(true) {
@@ -166,10 +164,20 @@ bool PlayerWindow::stillLoading() {
 }
 
 // A completion plays on; a decoder that went away shows as stopped, and the
-// same file starts again with A or Start.
+// same file starts again with A or Start. One that went before it reported a
+// duration never came up (it is missing, or it rejected the file): that ends
+// as a failed play, with the idle picture and no mark.
 void PlayerWindow::takeDecoderNews() {
     if (mPlayer.takeCompletion()) stepTrack(true);
-    if (mPlaying && mPlayer.decoderGone()) {
+    if (!mPlayer.decoderGone()) return;
+    if (mPlayer.getDurationMS() <= 0 && (mPlaying || mMenu.mPlayIndex >= 0)) {
+        const char* url = mPlayer.getUrl();
+        tprintf("play failed, the decoder did not come up: %s\n", url ? url : "");
+        mPlaying = false;
+        mPlayed = false;
+        mFullscreenMode = false;
+        mMenu.setPlayIndex(-1, nullptr);
+    } else if (mPlaying) {
         tprintf("avworker gone, stopped\n");
         mPlaying = false;
     }
@@ -187,13 +195,13 @@ bool PlayerWindow::sameFile(const char* url) {
     return action->mPath == url;
 }
 
+// Follows the entry, not its index: a folder change may leave the cursor on
+// the same index.
 void PlayerWindow::getFileName() {
-    const int pos = mMenu.getCurrentPos();
-    if (pos == mCurrentNameIdx) return;
-    FileAction* action = fileActionAt(mMenu, pos);
-    if (!action) return;
+    FileAction* action = fileActionAt(mMenu, mMenu.getCurrentPos());
+    if (!action || action->mPath == mCurrentNamePath) return;
+    mCurrentNamePath = action->mPath;
     mCurrentName = baseName(action->mPath);
-    mCurrentNameIdx = pos;
     if (mCurrentName == "..") mCurrentName.clear();
 }
 
@@ -207,6 +215,7 @@ bool PlayerWindow::loadPath(const std::string& path, int listIndex, const std::s
     // The last file's times must not stand for this one's.
     mDurationMS = 0;
     mPositionMS = -1;
+    mPlayIndex = listIndex;
     mMenu.setPlayIndex(listIndex, folder.c_str());
     return true;
 }
@@ -232,7 +241,6 @@ bool PlayerWindow::playNeighbour(int step) {
     if (!entry) return false;
     const Playlist::Entry next = *entry;
     loadPath(next.path, next.listIndex, mPlaylist.folder());
-    mPlayIndex = next.listIndex;
     return true;
 }
 
@@ -249,10 +257,13 @@ void PlayerWindow::playStep() {
     mPlaying = mPlayer.play() >= 0;
 }
 
+// The row of the loaded file shows the mark while it plays, also when a
+// stopped file starts again; none does when nothing plays.
 void PlayerWindow::markStep(bool markCursor) {
     if (mPlaying) {
         mPlayed = true;
         if (markCursor) mPlayIndex = mMenu.getCurrentPos();
+        mMenu.setPlayIndex(mPlayIndex, mPlaylist.folder().c_str());
     } else {
         mMenu.setPlayIndex(-1, nullptr);
     }
@@ -269,22 +280,18 @@ void PlayerWindow::stepTrack(bool forward) {
 }
 
 void PlayerWindow::showFullscreenPanel() {
-    if (mFullscreenMode) mFullscreenShowCtrlMS = (uint64_t)systemms();
-}
-
-void PlayerWindow::openQuitDialog() {
-    DialogWindow* dialog = new DialogWindow(STRING_MEDIAPLAYER, STRING_QUIT_PROMPT, false,
-                                            new QuitAction(&mPlayer, mMenu.getCurrentDir()), nullptr);
-    dialog->init();
-    gWinList->push_back(dialog);
+    if (mFullscreenMode) mFullscreenShowCtrlMS = (uint64_t)monotonicMs();
 }
 
 int PlayerWindow::onPlayFile() {
-    const long now = systemms();
+    const long now = monotonicMs();
     tprintf("event play file %ld\n", now);
     if (now - (long)mLastPlayedTime <= kRepeatedChoiceMs) return 0;
     if (!sameFile(mPlayer.getUrl())) {
-        if (mPlayer.getUrl()) mPlayer.stop();
+        if (mPlayer.getUrl()) {
+            mPlayer.stop();
+            mPlaying = false;
+        }
         if (playCurrentPos()) playStep();
         markStep(true);
     } else if (mPlaying) {
@@ -371,7 +378,7 @@ int PlayerWindow::handleCode(int code) {
     case EVENT_PLAY_FILE:
         return onPlayFile();
     case WINDOW_CLOSE:
-        openQuitDialog();
+        openQuitQuestion(&mPlayer, mMenu.getCurrentDir());
         return 0;
     default:
         return code;
@@ -450,7 +457,7 @@ void PlayerWindow::drawFullscreenCtrlPanel() {
 bool PlayerWindow::panelShown() {
     const uint64_t shown = mFullscreenShowCtrlMS;
     return mFullscreenMode && shown != 0 && shown != kNever &&
-           (uint64_t)systemms() - shown <= kPanelShowMs - 1;
+           (uint64_t)monotonicMs() - shown <= kPanelShowMs - 1;
 }
 
 uint64_t PlayerWindow::viewKey() {
@@ -519,7 +526,7 @@ int PlayerWindow::draw() {
         // layer beneath shows through it.
         clearTransparent();
         const uint64_t shown = mFullscreenShowCtrlMS;
-        if (shown != 0 && shown != kNever && (uint64_t)systemms() - shown <= kPanelShowMs - 1) {
+        if (shown != 0 && shown != kNever && (uint64_t)monotonicMs() - shown <= kPanelShowMs - 1) {
             if (!mFileName.empty() && mProgressTitleFull) {
                 drawAt(mProgressTitleFull, 20, 20);
                 SDL_Rect band = {20, 20, mProgressTitleFull->getWidth(), mProgressTitleFull->getHeight()};

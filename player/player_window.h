@@ -72,7 +72,6 @@ private:
     bool loadPath(const std::string& path, int listIndex, const std::string& folder);
     bool playNeighbour(int step);
     void takeDecoderNews();
-    void openQuitDialog();
     void showFullscreenPanel();
     void readPlayerTimes();
     void drawTimes(int y);
@@ -123,11 +122,11 @@ private:
     char mDispBuf[32];
     bool mPlayed;
     int mPlayIndex;
-    uint64_t mFullscreenShowCtrlMS;
+    uint64_t mFullscreenShowCtrlMS;  // monotonic ms of the last panel key
     std::string mFileName;
-    uint64_t mLastPlayedTime;
+    uint64_t mLastPlayedTime;  // monotonic ms of the last choice acted on
     std::string mCurrentName;
-    int mCurrentNameIdx;
+    std::string mCurrentNamePath;  // the entry mCurrentName was taken from
     uint64_t mDrawnKey;   // viewKey() of the last frame drawn
     StaticPicture mStaticPicture;
     bool mComposeStatic;

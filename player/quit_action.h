@@ -18,3 +18,9 @@ public:
     KovaniPlayer* mPlayer;    // not owned; outlives the question
     std::string mCurrentDir;  // a copy: the list's folders can change meanwhile
 };
+
+// Asks whether to quit, with a QuitAction of `player` and `currentDir` on
+// OK. The question opens as the pending popup: the loop draws the window
+// beneath and takes the question's picture of it before any present, which
+// may leave the screen's pixels undefined.
+void openQuitQuestion(KovaniPlayer* player, const char* currentDir);

@@ -14,8 +14,11 @@
 //    action OK just closes the dialog.
 //  - Cancel (the back key, X, or confirm with Cancel focused) calls `cancel`
 //    when given and closes the dialog.
-// The creator calls init() and puts the dialog on gWinList, or hands it to
-// add2PopupList; the window stack deletes it, and with it the action.
+// The creator hands it to add2PopupList: the loop then draws the window
+// beneath and initialises the dialog before any present, which may leave
+// the screen's pixels undefined. (A dialog put on gWinList directly must be
+// initialised while the frame beneath is still undisturbed.) The window
+// stack deletes it, and with it the action.
 class DialogWindow : public FloatWindow {
 public:
     // Texts are the language strings of the ids ("" for a negative id).

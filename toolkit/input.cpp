@@ -8,11 +8,11 @@
 #include "input_map.h"
 #include "key_repeat.h"
 #include "keycodes.h"
+#include "platform/clock.h"
 #include "platform/logger.h"
 #include "platform/device_paths.h"
 #include "platform/key_shm.h"
 #include "system_state.h"
-#include "platform/sysutil.h"
 
 SDL_Joystick* gJoystick = nullptr;
 
@@ -108,7 +108,7 @@ int hatMotion(int value) {
 int axisMotion(int axis, int value) {
     if (std::abs(value) <= kAxisDeadZone) return KEY_NONE;
     tprintf("joyaxis %d, value %d\n", axis, value);
-    const long now = systemms();
+    const long now = monotonicMs();
     if (now - sLastAxisMs <= kAxisGateMs) return KEY_NONE;
     sLastAxisMs = now;
     return pressed(findInputBinding(value > 0 ? INPUT_JOY_AXIS_PLUS : INPUT_JOY_AXIS_MINUS, axis));

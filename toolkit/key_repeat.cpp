@@ -10,8 +10,8 @@
 #include <thread>
 
 #include "keycodes.h"
+#include "platform/clock.h"
 #include "platform/logger.h"
-#include "platform/sysutil.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ const long kNextRepeatMs = 30;
 std::mutex sRepeatLock;
 std::condition_variable sRepeatCond;  // wakes the thread early (a release, a stop)
 // Guarded by sRepeatLock.
-uint64_t sKeyPressedTime[kKeySlots];   // ms of the press or the last repeat; 0 = not held
+uint64_t sKeyPressedTime[kKeySlots];   // monotonic ms of the press or the last repeat; 0 = not held
 uint32_t sKeyPressedCount[kKeySlots];  // repeats sent since the press
 bool sRepeatThreadRun = false;
 // Started and joined by the main thread (runWindows).
@@ -39,7 +39,7 @@ void clearTimes() {
 
 // Called with the lock held; posts the held directions that are due.
 void sendDueRepeats() {
-    const long now = systemms();
+    const long now = monotonicMs();
     for (int key = KEY_UP; key <= KEY_RIGHT; key++) {
         if (sKeyPressedTime[key] == 0) continue;
         const long elapsed = now - (long)sKeyPressedTime[key];
@@ -63,7 +63,7 @@ void update_repeat_key(int key) {
         tprintf("repeat key %d out of range\n", key);
         return;
     }
-    const long now = systemms();
+    const long now = monotonicMs();
     {
         std::lock_guard<std::mutex> hold(sRepeatLock);
         sKeyPressedTime[key] = now;

@@ -2,10 +2,10 @@
 
 #include "input.h"
 #include "keycodes.h"
+#include "platform/clock.h"
 #include "platform/logger.h"
 #include "platform/key_shm.h"
 #include "system_state.h"
-#include "platform/sysutil.h"
 #include "window.h"
 
 namespace {
@@ -97,7 +97,7 @@ int ListMenu::getCurrentPos() { return mCurrentPos; }
 
 void ListMenu::setRect(SDL_Rect& rect) { mRect = rect; }
 
-uint64_t ListMenu::nowMs() { return uint64_t(systemms()); }
+uint64_t ListMenu::nowMs() { return uint64_t(monotonicMs()); }
 
 int ListMenu::handleEvent(int key) {
     if (isDirection(key)) {
@@ -111,7 +111,9 @@ int ListMenu::handleEvent(int key) {
             mLastKeyMs = now;
         }
     }
-    const bool held = mKeyHistory.size() >= kHeldRunLength;
+    // Only the key the run is made of counts as held: a tap of the other
+    // direction right after a hold moves one entry.
+    const bool held = mKeyHistory.size() >= kHeldRunLength && mKeyHistory.back() == key;
 
     switch (key) {
         case KEY_UP: {

@@ -58,10 +58,10 @@ public:
     int mLastVisible;     // last entry on screen; first = last = 0: not laid out
     std::string mKeyword;  // highlighted in the labels; empty: none
     SDL_Rect mRect;       // the list's area on the canvas
-    uint64_t mLastKeyMs;  // when the last direction key was recorded or ended a run
+    uint64_t mLastKeyMs;  // monotonic ms: when the last direction key was recorded or ended a run
     std::vector<int> mKeyHistory;  // run of one direction key, presses < 200 ms apart
 
 protected:
-    // Wall-clock milliseconds for hold detection; tests replace it.
+    // Monotonic milliseconds for hold detection; tests replace it.
     virtual uint64_t nowMs();
 };

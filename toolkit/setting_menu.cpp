@@ -1,6 +1,6 @@
 #include "setting_menu.h"
 
-#include <stdio.h>
+#include <string.h>
 
 #include "input.h"
 #include "keycodes.h"
@@ -8,6 +8,7 @@
 #include "platform/logger.h"
 #include "shared_skin.h"
 #include "text.h"
+#include "utf8.h"
 
 namespace {
 
@@ -114,8 +115,11 @@ void SettingValueItem::draw(SDL_Rect& rect, bool focused) {
         drawCentred(mRightArrowN, rect.x + kRightArrowX, rect);
     }
 
+    // A long value is cut after a whole character, never inside one.
     const char* shown = mValueChanger->getShowValue();
-    snprintf(mShowBuf, sizeof mShowBuf, "%s", shown ? shown : "");
+    const int bytes = utf8FitBytes(shown, sizeof mShowBuf - 1);
+    memcpy(mShowBuf, shown ? shown : "", bytes);
+    mShowBuf[bytes] = '\0';
     if (mTextBG) {
         const SDL_Rect box = {rect.x + kValueX, rect.y, kValueW, rect.h};
         DrawString(gListFontTxt, box, mShowBuf, gListColorTxt, ALIGN_CENTER);

@@ -75,7 +75,7 @@ public:
     KovaniSurface* mTextBG;       // not owned, may be null: value field, also picks the layout
     int mLabelId;                 // language string id; negative: no label
     ValueHandler* mValueChanger;  // owned, may be null: no value shown
-    char mShowBuf[64];            // copy of the value text last drawn
+    char mShowBuf[64];            // the value text last drawn, cut after a whole character
 };
 
 // A vertical list of setting rows, six 96-pixel rows per page. The owner

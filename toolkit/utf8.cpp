@@ -85,3 +85,17 @@ std::string utf8Substr(const char* text, int start, int count) {
     const int to = from + utf8ByteOffset(text + from, count);
     return std::string(text + from, text + to);
 }
+
+int utf8FitBytes(const char* text, int maxBytes) {
+    if (!text || maxBytes <= 0) return 0;
+    const unsigned char* s = reinterpret_cast<const unsigned char*>(text);
+    const size_t length = strlen(text);
+    size_t offset = 0;
+    while (offset < length) {
+        uint32_t cp;
+        const int used = decodeOne(s + offset, length - offset, &cp);
+        if (offset + used > size_t(maxBytes)) break;
+        offset += used;
+    }
+    return int(offset);
+}

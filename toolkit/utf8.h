@@ -18,3 +18,6 @@ int utf8Length(const char* text);
 int utf8ByteOffset(const char* text, int index);
 // The bytes of code points [start, start + count), clamped to the text.
 std::string utf8Substr(const char* text, int start, int count);
+// Byte length of the longest start of `text` that fits in `maxBytes` and
+// ends after a whole code point.
+int utf8FitBytes(const char* text, int maxBytes);

@@ -6,10 +6,10 @@
 #include "key_repeat.h"
 #include "keycodes.h"
 #include "lang.h"
+#include "platform/clock.h"
 #include "platform/logger.h"
 #include "screen.h"
 #include "window_bars.h"
-#include "platform/sysutil.h"
 
 std::vector<KovaniWindow*>* gWinList = nullptr;
 std::vector<KovaniWindow*> gPopupList;
@@ -26,16 +26,16 @@ const long kPollStepMs = 8;
 // A window that never takes its events would otherwise be called forever.
 const int kMaxEventCallsPerFrame = 256;
 
-class WallClock : public FrameClock {
+class MonotonicClock : public FrameClock {
 public:
-    long nowMs() override { return systemms(); }
+    long nowMs() override { return monotonicMs(); }
     void waitEventMs(long ms) override {
         if (ms <= 0) return;
         if (SDL_NumJoysticks() == 0) {
             SDL_WaitEventTimeout(nullptr, (int)ms);
             return;
         }
-        for (const long end = systemms() + ms; systemms() < end;) {
+        for (const long end = monotonicMs() + ms; monotonicMs() < end;) {
             SDL_PumpEvents();
             if (SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT)) return;
             SDL_Delay((Uint32)kPollStepMs);
@@ -43,8 +43,8 @@ public:
     }
 };
 
-WallClock sWallClock;
-FrameClock* sClock = &sWallClock;  // not owned
+MonotonicClock sMonotonicClock;
+FrameClock* sClock = &sMonotonicClock;  // not owned
 
 void dropPendingPopups() {
     for (KovaniWindow* w : gPopupList) {
@@ -152,7 +152,7 @@ void bootFastFrames() {
     if (s_bootFpsTimeout < kFastFrameBudgetMs) s_bootFpsTimeout = kFastFrameBudgetMs;
 }
 
-void setFrameClock(FrameClock* clock) { sClock = clock ? clock : &sWallClock; }
+void setFrameClock(FrameClock* clock) { sClock = clock ? clock : &sMonotonicClock; }
 
 void runWindows(std::vector<KovaniWindow*>& list) {
     tprintf("runWindows\n");

@@ -27,8 +27,9 @@ public:
     // it (a report from another thread, the status bar). Asked each time the
     // loop wakes, so it must be cheap. The base asks the status bar.
     virtual bool needsRedraw();
-    // The wall-clock ms by which the window wants to be asked again (a
-    // panel that hides after a while), or -1 when it has no such time.
+    // The monotonic ms (monotonicMs(), platform/clock.h) by which the window
+    // wants to be asked again (a panel that hides after a while), or -1 when
+    // it has no such time.
     virtual long nextRedrawMs() { return -1; }
 
     // The top and bottom bars every full-screen window draws, at vertical
@@ -70,7 +71,8 @@ void bootFastFrames();
 // is presented as it arrives, without drawing the window again.
 void runWindows(std::vector<KovaniWindow*>& list);
 
-// Time source and sleep of the main loop; tests replace it.
+// Time source and sleep of the main loop; tests replace it. Its time is
+// monotonic: a wall clock that steps would stall the pacing.
 class FrameClock {
 public:
     virtual ~FrameClock() {}
@@ -78,5 +80,5 @@ public:
     // Sleeps until an SDL event is queued or `ms` pass, whichever is first.
     virtual void waitEventMs(long ms) = 0;
 };
-// Installs `clock` (not owned; null restores the wall clock).
+// Installs `clock` (not owned; null restores the monotonic clock).
 void setFrameClock(FrameClock* clock);

@@ -18,22 +18,28 @@
 #include "tests/support/recording_shell.h"
 #include "tests/support/sdl_events.h"
 #include "tests/support/sdl_screen.h"
+#include "tests/support/shifted_clock.h"
 #include "tests/support/temp_dir.h"
+#include "toolkit/dialog_window.h"
 #include "toolkit/dir_browser.h"
 #include "toolkit/input.h"
 #include "toolkit/screen.h"
+#include "toolkit/shared_skin.h"
 
 namespace {
 
-// A player window that counts the frames it draws.
+// A player window that counts the frames it draws, and may act after each.
 class CountingPlayer : public PlayerWindow {
 public:
     using PlayerWindow::PlayerWindow;
     int draw() override {
         mDraws++;
-        return PlayerWindow::draw();
+        const int result = PlayerWindow::draw();
+        if (mAfterDraw) mAfterDraw();
+        return result;
     }
     int mDraws = 0;
+    std::function<void()> mAfterDraw;
 };
 
 // The player window over the staged skin, videos a.mp4, b.mkv, c.avi, x/, y/ and
@@ -56,10 +62,12 @@ protected:
         ASSERT_EQ(chdir(KOVANI_APP_DIR), 0);
         initDefLang();
         init_skin();
+        setClockSource(&mClock);
     }
     void TearDown() override {
         for (KovaniWindow* w : mWindows) delete w;
         mWindows.clear();
+        setClockSource(nullptr);
         gWinList = nullptr;
         uninit_skin();
         (void)chdir(mOldCwd.c_str());
@@ -84,7 +92,7 @@ protected:
     // Plays the entry `downs` rows below the first.
     void playEntry(PlayerWindow& window, int downs) {
         for (int i = 0; i < downs; i++) pressKey(window, KEY_DOWN);
-        SDL_Delay(250);  // a second choice within 200 ms would count as a repeat
+        mClock.mMonotonicShift += 250;  // a second choice within 200 ms would count as a repeat
         pressKey(window, KEY_A);
     }
     // The file the last start line names; started() waits (bounded) for `file`.
@@ -105,6 +113,7 @@ protected:
     }
 
     SDL_Texture* mFrame = nullptr;  // owned: where the window draws
+    ShiftedClock mClock;            // installed: tests move time on at once
     TempDeviceRoot mRoot;
     RecordingShell mShell;
     std::vector<KovaniWindow*> mWindows;  // owned; the stack the window pushes popups on
@@ -141,24 +150,6 @@ TEST_F(PlayerWindowTest, ACompletionUnderThePopupPlaysOnAndTheWindowCanGoAnyTime
     delete window;
     mWindows.clear();
     EXPECT_EQ(mShell.lines().back(), "killall avworker");
-}
-
-TEST_F(PlayerWindowTest, ADeadDecoderShowsStoppedAndTheSameFileStartsAgain) {
-    PlayerWindow& window = *openPlayer();
-    playEntry(window, 2);
-    ASSERT_TRUE(window.isPlaying());
-    mShell.waitForLines(3);
-    SDL_Delay(1200);  // past the start's wait: the decoder was found
-    mShell.setDecoder(false);  // it crashed
-    ASSERT_TRUE(waitQueued(EVENT_DECODER_EXIT));
-    pressKey(window, KEY_NONE);
-    EXPECT_FALSE(window.isPlaying());
-
-    const size_t lines = mShell.lines().size();
-    pressKey(window, KEY_START);
-    EXPECT_TRUE(window.isPlaying());
-    ASSERT_TRUE(mShell.waitForLines(lines + 2));
-    EXPECT_TRUE(started("/a.mp4"));
 }
 
 // A decoder left by a killed run is stopped at start, and one at exit too.
@@ -212,22 +203,88 @@ TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     EXPECT_TRUE(started("/x/x1.mp4"));
 }
 
-// The last video ends: the window shows stopped and A starts it again.
-TEST_F(PlayerWindowTest, TheLastVideoEndsAndTheSameFileStartsAgain) {
-    PlayerWindow& window = *openPlayer();
-    playEntry(window, 4);
-    ASSERT_TRUE(started("/c.avi"));
-    reportStatus("completed", 9000, 9000);
-    ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
-    pressKey(window, KEY_NONE);
-    EXPECT_FALSE(window.isPlaying());
+// After the last video ends, or L on the first, the file stands stopped
+// without its mark; A or Start starts it again, and its row shows the mark.
+TEST_F(PlayerWindowTest, AStoppedFileStartsAgainWithItsPlayingMark) {
+    const struct { const char* file; int row, stop, restart; } cases[] = {
+        {"/c.avi", 4, EVENT_PLAY_COMPLETE, KEY_A},
+        {"/a.mp4", 2, KEY_HOTKEY1, KEY_START},
+    };
+    for (const auto& c : cases) {
+        PlayerWindow* window = openPlayer();
+        for (int i = 0; i < c.row; i++) pressKey(*window, KEY_DOWN);
+        const SDL_Rect mark = {560, 80 + c.row * 96 + 30, 36, 36};
+        drawFrame(*window);
+        const std::vector<Uint32> unmarked = pixels(mark);
+        pressKey(*window, KEY_A);
+        ASSERT_TRUE(started(c.file));
+        if (c.stop == EVENT_PLAY_COMPLETE) {
+            reportStatus("completed", 9000, 9000);
+            ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
+        }
+        pressKey(*window, c.stop == EVENT_PLAY_COMPLETE ? KEY_NONE : c.stop);
+        drawFrame(*window);
+        EXPECT_FALSE(window->isPlaying()) << c.file;
+        EXPECT_TRUE(pixels(mark) == unmarked) << c.file << ": stopped, no mark";
 
-    const size_t lines = mShell.lines().size();
-    SDL_Delay(250);
+        const size_t lines = mShell.lines().size();
+        mClock.mMonotonicShift += 250;  // not the same choice made twice
+        pressKey(*window, c.restart);
+        drawFrame(*window);
+        EXPECT_TRUE(window->isPlaying()) << c.file;
+        EXPECT_FALSE(pixels(mark) == unmarked) << c.file << ": the playing mark";
+        ASSERT_TRUE(mShell.waitForLines(lines + 2));
+        EXPECT_TRUE(started(c.file));
+        mWindows.pop_back();
+        delete window;
+    }
+}
+
+// A start whose decoder never comes up (missing, or quitting on a file it
+// rejects) ends as a failed play: the idle picture, no mark, one log line;
+// Start tries the same file again.
+TEST_F(PlayerWindowTest, AStartWhoseDecoderNeverComesUpEndsAsAFailedPlay) {
+    PlayerWindow& window = *openPlayer();
+    pressKeys(window, {KEY_DOWN, KEY_DOWN});
+    const SDL_Rect all = {0, 0, 1280, 720};
+    drawFrame(window);
+    const std::vector<Uint32> idle = pixels(all);
+    mShell.failStarts(true);
+    CaptureStdout capture;
     pressKey(window, KEY_A);
+    EXPECT_TRUE(started("/a.mp4"));
+    ASSERT_TRUE(waitQueued(EVENT_DECODER_EXIT));
+    pressKey(window, KEY_NONE);
+    for (int i = 0; i < 3; i++) window.refresh();
+    drawFrame(window);
+    const std::string log = capture.finish();
+    EXPECT_FALSE(window.isPlaying());
+    EXPECT_TRUE(pixels(all) == idle) << "the idle picture, no mark";
+    size_t lines = 0;
+    for (size_t at = 0; (at = log.find("did not come up", at)) != std::string::npos; at++) lines++;
+    EXPECT_EQ(lines, 1u) << log;
+
+    mShell.failStarts(false);
+    const size_t shellLines = mShell.lines().size();
+    pressKey(window, KEY_START);  // tried again, it starts
     EXPECT_TRUE(window.isPlaying());
-    ASSERT_TRUE(mShell.waitForLines(lines + 2));
-    EXPECT_TRUE(started("/c.avi"));
+    EXPECT_TRUE(mShell.waitForLines(shellLines + 2));
+}
+
+// The title line names the entry under the cursor, also when a folder
+// change leaves the cursor on the same index.
+TEST_F(PlayerWindowTest, TheTitleLineFollowsAFolderChange) {
+    PlayerWindow& window = *openPlayer();
+    const SDL_Rect title = {90, 15, 500, 50};
+    pressKey(window, KEY_NONE);  // the cursor on x
+    drawFrame(window);
+    const std::vector<Uint32> x = pixels(title);
+    pressKey(window, KEY_A);  // into x, the cursor on ".."
+    drawFrame(window);
+    EXPECT_FALSE(pixels(title) == x) << "inside x";
+    pressKey(window, KEY_B);  // back up, the cursor on x
+    drawFrame(window);
+    EXPECT_TRUE(pixels(title) == x) << "back up";
 }
 
 // The slider stays on its track; a duration of 0 is unknown and shows none.
@@ -288,7 +345,7 @@ void pushCode(int code, Uint32 type = SDL_USEREVENT) {
 // Real time; each time the loop goes idle the next step runs.
 class IdleScript : public FrameClock {
 public:
-    long nowMs() override { return systemms(); }
+    long nowMs() override { return monotonicMs(); }
     void waitEventMs(long ms) override {
         SDL_PumpEvents();
         if (ms > 100 && !SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) && mNext < mSteps.size()) mSteps[mNext++]();
@@ -314,16 +371,13 @@ protected:
         SDL_DestroyTexture(mCheck);
         PlayerWindowTest::TearDown();
     }
-    // The frame on screen against a full redraw of the top window (text blends a little).
-    void expectUpToDate(const std::string& name) {
-        const SDL_Rect all = {0, 0, 1280, 720};
-        const std::vector<Uint32> shown = pixels(all);
+    // Pixels of `area` on screen that differ from what `redraw` draws into
+    // a frame of its own (text blends a little).
+    int differFrom(SDL_Rect area, const std::function<void()>& redraw) {
+        const std::vector<Uint32> shown = pixels(area);
         SDL_SetRenderTarget(gRenderer, mCheck);
-        PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
-        if (player) player->setComposeStatic(false);  // composed parts drawn anew too
-        gWinList->back()->draw();
-        if (player) player->setComposeStatic(true);
-        const std::vector<Uint32> full = pixels(all);
+        redraw();
+        const std::vector<Uint32> full = pixels(area);
         SDL_SetRenderTarget(gRenderer, mFrame);
         int differ = 0;
         for (size_t i = 0; i < shown.size(); i++)
@@ -332,6 +386,16 @@ protected:
                     differ++;
                     break;
                 }
+        return differ;
+    }
+    // The frame on screen against a full redraw of the top window.
+    void expectUpToDate(const std::string& name) {
+        const int differ = differFrom({0, 0, 1280, 720}, [] {
+            PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
+            if (player) player->setComposeStatic(false);  // composed parts drawn anew too
+            gWinList->back()->draw();
+            if (player) player->setComposeStatic(true);
+        });
         mChecked++;
         EXPECT_LE(differ, 50) << name << ": pixels that differ from a full redraw";
     }
@@ -385,6 +449,70 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
             reportStatus("playing", 3600000, reports[i].positionMs);
             EXPECT_TRUE(waitQueued(EVENT_REFRESH)) << reports[i].positionMs;
         });
+    runWindows(mWindows);
+    EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
+}
+
+// The wall clock steps an hour back, then forward (the network sets it, or
+// the user): under the loop's own clock keys are still handled, frames
+// still drawn and chosen videos still start.
+TEST_F(PlayerLoopTest, SteppingTheWallClockStopsNeitherKeysNorFrames) {
+    setFrameClock(nullptr);
+    CountingPlayer* player = openPlayer<CountingPlayer>();
+    const long hour = 3600000;
+    const struct { long wallStep; std::vector<int> keys; const char* starts; } steps[] = {
+        {0, {KEY_A}, "/a.mp4"},
+        {-hour, {KEY_DOWN, KEY_A}, "/b.mkv"},
+        {2 * hour, {KEY_DOWN, KEY_A}, "/c.avi"},
+    };
+    const size_t n = sizeof steps / sizeof steps[0];
+    size_t next = 0;
+    // After each frame that follows the last step's keys the next step: it
+    // checks the last one's start, then steps the wall clock; the monotonic
+    // one moves past the guard against a choice made twice.
+    player->mAfterDraw = [&] {
+        SDL_PumpEvents();
+        if (next > n || SDL_HasEvent(SDL_USEREVENT)) return;
+        if (next > 0) {
+            EXPECT_TRUE(started(steps[next - 1].starts)) << steps[next - 1].starts;
+        }
+        if (next == n) {
+            next++;
+            return pushCode(0, SDL_QUIT);
+        }
+        mClock.mWallShift += steps[next].wallStep;
+        mClock.mMonotonicShift += 250;
+        for (int key : steps[next].keys) pushCode(key);
+        next++;
+    };
+    // A loop that waits for a wall-clock hour is ended from outside.
+    const SDL_TimerID deadline = SDL_AddTimer(20000, [](Uint32, void*) -> Uint32 {
+        pushCode(0, SDL_QUIT);
+        return 0;
+    }, nullptr);
+    runWindows(mWindows);
+    SDL_RemoveTimer(deadline);
+    EXPECT_EQ(next, n + 1) << "every step had its frame";
+}
+
+// Back in the top folder opens the quit question over a picture of the
+// player window drawn for it, whatever a present left on the screen.
+TEST_F(PlayerLoopTest, TheQuitQuestionOpensOverThePlayerWindow) {
+    openPlayer();
+    mScript.mSteps.push_back([this] {
+        clear(200, 0, 40);  // what a present may leave behind
+        pushCode(KEY_B);
+    });
+    mScript.mSteps.push_back([this] {
+        EXPECT_NE(dynamic_cast<DialogWindow*>(gWinList->back()), nullptr);
+        // Above the question's panel: the player window under the dimming.
+        const int differ = differFrom({0, 0, 1280, 100}, [] {
+            gWinList->front()->draw();
+            if (gBackgroundFloat) gBackgroundFloat->render(nullptr, nullptr, false, nullptr);
+        });
+        EXPECT_LE(differ, 50) << "pixels that differ from the player window";
+        pushCode(0, SDL_QUIT);
+    });
     runWindows(mWindows);
     EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
 }

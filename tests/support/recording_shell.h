@@ -10,7 +10,8 @@
 
 // Stand-in for the decoder's shell: records every line instead of running it
 // and plays the process table (a start line brings up a decoder with a new
-// pid, the kill line ends it). Starts can be held, to catch a client mid-start.
+// pid, the kill line ends it). Starts can be held, to catch a client mid-start,
+// or fail.
 class RecordingShell : public DecoderShell {
 public:
     void run(const std::string& line, const StopFlag* stop) override {
@@ -19,7 +20,7 @@ public:
         mChanged.notify_all();
         if (line.rfind("avworker ", 0) == 0) {
             mChanged.wait(hold, [&] { return !mHoldStarts || (stop && stop->isSet()); });
-            mPid = ++mLastPid;
+            mPid = mFailStarts ? -1 : ++mLastPid;
         } else if (line == "killall avworker") {
             mPid = -1;
         }
@@ -43,6 +44,11 @@ public:
         std::lock_guard<std::mutex> hold(mLock);
         mPid = running ? ++mLastPid : -1;
     }
+    // Starts bring up no decoder (it is missing, or quits on a file it rejects).
+    void failStarts(bool on) {
+        std::lock_guard<std::mutex> hold(mLock);
+        mFailStarts = on;
+    }
     void holdStarts(bool on) {
         std::lock_guard<std::mutex> hold(mLock);
         mHoldStarts = on;
@@ -59,4 +65,5 @@ private:
     std::vector<std::string> mLines;
     int mPid = -1, mLastPid = 1000;
     bool mHoldStarts = false;
+    bool mFailStarts = false;
 };

@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "platform/device_paths.h"
+#include "tests/support/sdl_events.h"
+#include "tests/support/shifted_clock.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/key_repeat.h"
 #include "toolkit/keycodes.h"
@@ -60,6 +62,7 @@ protected:
     }
     void TearDown() override {
         stop_repeat_thread();
+        setClockSource(nullptr);
         closeJoyStick();
         SDL_Quit();
     }
@@ -85,6 +88,7 @@ protected:
     }
 
     TempDeviceRoot mRoot;  // keeps the input markers away from the real ones
+    ShiftedClock mClock;   // installed by the tests that step it
 };
 
 }  // namespace
@@ -109,4 +113,24 @@ TEST_F(InputTest, KeysActOnReleaseAndStartAndSelectCombinationsSwallowTheirKeys)
           {{button(PAD_START, DOWN), KEY_NONE}, {button(PAD_L, DOWN), KEY_NONE},
            {button(PAD_SELECT, DOWN), KEY_NONE}, {button(PAD_SELECT, UP), KEY_NONE},
            {button(PAD_START, UP), KEY_NONE}, {button(PAD_SELECT, UP), KEY_SELECT_COIN}}}});
+}
+
+// The wall clock stepping an hour back (the network or the user sets it)
+// neither stops the stick's codes nor a held direction's repeats.
+TEST_F(InputTest, TheStickAndHeldKeysGoOnAcrossAWallClockStep) {
+    setClockSource(&mClock);
+    const long hour = 3600000;
+    SDL_Event stick = event(SDL_JOYAXISMOTION);
+    stick.jaxis.axis = 1;
+    stick.jaxis.value = 30000;
+    EXPECT_EQ(deliver(stick), KEY_DOWN);
+    mClock.mWallShift -= hour;
+    mClock.mMonotonicShift += 200;  // past the stick's gate
+    EXPECT_EQ(deliver(stick), KEY_DOWN);
+
+    ASSERT_EQ(start_repeat_thread(), 0);
+    EXPECT_EQ(deliver(hat(SDL_HAT_UP)), KEY_UP);
+    mClock.mWallShift -= hour;
+    mClock.mMonotonicShift += 600;  // past the first repeat's delay
+    EXPECT_TRUE(waitQueued(KEY_UP)) << "the held key repeats";
 }

@@ -23,7 +23,8 @@ const int kListTop = 80;
 
 int rowMiddle(int row) { return kListTop + kRowHeight * row + kRowHeight / 2; }
 
-// Six rows over `count` entries; its clock moves a second a reading (no held keys).
+// Six rows over `count` entries; its clock moves mStep a reading (at first a
+// second: no held keys).
 class TestDrawer : public TextMenuDrawer {
 public:
     explicit TestDrawer(int count) : TextMenuDrawer("skin/focus.png", "skin/normal.png", 6, 0) {
@@ -35,9 +36,10 @@ public:
 
     std::vector<std::unique_ptr<TextMenuItem>> mItems;
     uint64_t mNow = 1000000;
+    uint64_t mStep = 1000;  // between two readings: the time between two keys
 
 protected:
-    uint64_t nowMs() override { return mNow += 1000; }
+    uint64_t nowMs() override { return mNow += mStep; }
 };
 
 class DrawerTest : public SdlScreenTest {
@@ -91,3 +93,21 @@ TEST_F(DrawerTest, CursorRowCarriesTheFocusBackgroundAsTheRangeFollows) {
     EXPECT_TRUE(sameColor(pixel(15, rowMiddle(0)), sNormalColor)) << "no focus shown";
 }
 
+
+// A held direction pages from the twelfth press of its run; a key that is
+// not part of that run moves one entry.
+TEST_F(DrawerTest, OnlyTheRunOfTheKeyPressedPages) {
+    TestDrawer list(40);
+    list.restorePos(20, 15, 20);
+    const struct { int key, gapMs, times, cursor; } presses[] = {
+        {KEY_UP, 100, 11, 9},   // one entry each
+        {KEY_UP, 100, 1, 3},    // the twelfth press pages
+        {KEY_DOWN, 50, 1, 4},   // a tap of the other direction right after
+        {KEY_DOWN, 100, 1, 5},
+    };
+    for (const auto& p : presses) {
+        list.mStep = p.gapMs;
+        for (int i = 0; i < p.times; i++) pressKey(list, p.key);
+        EXPECT_EQ(list.mCurrentPos, p.cursor) << "key " << p.key << " after " << p.gapMs << " ms";
+    }
+}

@@ -89,6 +89,18 @@ TEST_F(AvworkerTest, FinishedFileReportsCompletedAndDecoderRunsUntilStopped) {
         << "the last status stays for the watcher";
 }
 
+// A file it cannot play: the decoder quits, so the player sees the start fail.
+TEST_F(AvworkerTest, AFileItCannotPlayEndsTheDecoder) {
+    const std::string junk = mRoot.path() + "/junk.mp4";
+    writeFileAtomic(junk, "not a video");
+    KovaniPlayer player(nullptr);
+    player.setUrl(junk.c_str());
+    ASSERT_EQ(player.prepare(), 0);
+    player.play();
+    EXPECT_TRUE(waitFor([&] { return player.decoderGone(); }, 10000));
+    EXPECT_LE(player.getDurationMS(), 0);
+}
+
 namespace {
 
 // Keeps the pixels of the newest frame the decoder drew into the plane.

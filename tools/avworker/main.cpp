@@ -113,6 +113,7 @@ int main(int argc, char* argv[]) {
 
     struct pollfd fds[3] = {{signals, POLLIN, 0}, {watch.fd(), POLLIN, 0}, {decoder.renderFd(), POLLIN, 0}};
     long long nextReport = nowMs() + kReportPeriodMs;
+    int status = 0;
     while (true) {
         const long long wait = nextReport - nowMs();
         fds[0].revents = fds[1].revents = fds[2].revents = 0;
@@ -137,6 +138,14 @@ int main(int argc, char* argv[]) {
             tprintf("avworker: mpv shut down\n");
             break;
         }
+        // A file it cannot play: it quits, and the player sees a start that
+        // never came up, whatever it sent meanwhile.
+        if (decoder.loadFailed()) {
+            decoder.writeReports();
+            tprintf("avworker: quit, %s cannot be played\n", argv[1]);
+            status = 1;
+            break;
+        }
         if (nowMs() >= nextReport) {
             decoder.writeReports();
             nextReport += kReportPeriodMs;
@@ -146,5 +155,5 @@ int main(int argc, char* argv[]) {
     }
     tprintf("avworker: quit\n");
     close(signals);
-    return 0;
+    return status;
 }

@@ -28,6 +28,8 @@ public:
     virtual bool handleEvents();
     // Rewrites the status and information files. 0 on success, -1 on failure.
     virtual int writeReports();
+    // The file cannot be played (mpv rejected it).
+    bool loadFailed() const { return mLoadFailed; }
 
     // Readable when mpv has a new picture; then call drawPending().
     int renderFd() const { return mRenderFd; }
