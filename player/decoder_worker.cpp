@@ -115,10 +115,13 @@ void DecoderWorker::start(const DecoderJob& job) {
     const std::vector<int> before = mShell->decoders();
     mRun->launching(job.generation, fileIdentity(devicePath(DEVICE_PATH_PLAYER_STATUS)),
                     fileIdentity(devicePath(DEVICE_PATH_PLAYER_INFO)));
-    const long deadline = monotonicMs() + kDecoderStartWaitMs;
     mShell->run(job.text, kDecoderLineLimitMs);
     tprintf("exec cmd: %s\n", job.text.c_str());
-    if (waitUntil(deadline, mSkipWait, [] { return false; }) || mSkipWait.isSet()) return;
+    // From the start line's end: on a busy device the shell alone may take
+    // a good part of a second, and commands sent before the decoder watches
+    // its command file are lost.
+    if (waitUntil(monotonicMs() + kDecoderStartWaitMs, mSkipWait, [] { return false; }) || mSkipWait.isSet())
+        return;
     int pid = -1;
     for (int candidate : mShell->decoders()) {
         if (std::find(before.begin(), before.end(), candidate) == before.end()) {

@@ -63,9 +63,9 @@ private:
     // SIGTERM, wait, SIGKILL, wait; true when no decoder is left.
     bool endDecoders();
     // Polls `done` until it holds (true), the monotonic clock reaches
-    // `deadlineMs` or `cut` is set (false). Deadlines are taken before the
-    // step they bound, so a test that moves the clock once it sees the step
-    // always moves it past the deadline's start.
+    // `deadlineMs` or `cut` is set (false). A kill's deadline is taken
+    // before its signal goes, so a test that moves the clock once it sees
+    // the signal always moves it past the deadline's start.
     bool waitUntil(long deadlineMs, const StopFlag& cut, const std::function<bool()>& done);
 
     DecoderShell* mShell;  // not owned
