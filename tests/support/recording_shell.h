@@ -47,7 +47,6 @@ public:
             mProcs.push_back(Proc{++mLastPid, mScript, -1, false});
             publish();
         } else if (line == "killall avworker") {
-            mLastTermMs = now;
             for (Proc& p : mProcs)
                 if (p.termMs < 0) p.termMs = now;
         } else if (line == "killall -KILL avworker") {
@@ -56,8 +55,6 @@ public:
     }
     std::vector<int> decoders() override {
         std::lock_guard<std::mutex> hold(mLock);
-        mLooks++;
-        mChanged.notify_all();
         publish();
         return living();
     }
@@ -99,16 +96,6 @@ public:
     bool waitForLines(size_t count) {
         std::unique_lock<std::mutex> hold(mLock);
         return mChanged.wait_for(hold, std::chrono::seconds(10), [&] { return mLines.size() >= count; });
-    }
-    // Waits until the process table was looked at `more` times from now.
-    bool waitForLooks(int more) {
-        std::unique_lock<std::mutex> hold(mLock);
-        const long until = mLooks + more;
-        return mChanged.wait_for(hold, std::chrono::seconds(10), [&] { return mLooks >= until; });
-    }
-    long lastTermMs() {
-        std::lock_guard<std::mutex> hold(mLock);
-        return mLastTermMs;
     }
     int newestPid() {
         std::lock_guard<std::mutex> hold(mLock);
@@ -152,8 +139,6 @@ private:
     std::vector<Proc> mProcs;
     Script mScript;
     int mLastPid = 1000;
-    long mLooks = 0;
-    long mLastTermMs = -1;
     size_t mCrowdAtStart = 0;
     bool mHoldStarts = false;
 };

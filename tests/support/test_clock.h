@@ -19,7 +19,6 @@ public:
         mMonotonic += ms;
         mWall += ms;
     }
-    void setMonotonic(long ms) { mMonotonic = ms; }
     // Moves time on in `stepMs` steps, a moment of real time apart, until
     // `done` holds; false when it does not within 20 s of real time.
     bool advanceUntil(const std::function<bool()>& done, long stepMs = 50) {
