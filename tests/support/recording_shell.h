@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
@@ -47,6 +48,7 @@ public:
             mProcs.push_back(Proc{++mLastPid, mScript, -1, false});
             publish();
         } else if (line == "killall avworker") {
+            mSeenGone = false;
             for (Proc& p : mProcs)
                 if (p.termMs < 0) p.termMs = now;
         } else if (line == "killall -KILL avworker") {
@@ -56,7 +58,12 @@ public:
     std::vector<int> decoders() override {
         std::lock_guard<std::mutex> hold(mLock);
         publish();
-        return living();
+        const std::vector<int> pids = living();
+        if (pids.empty() && !mSeenGone) {
+            mSeenGone = true;
+            mChanged.notify_all();
+        }
+        return pids;
     }
     bool alive(int pid) override {
         std::lock_guard<std::mutex> hold(mLock);
@@ -96,6 +103,17 @@ public:
     bool waitForLines(size_t count) {
         std::unique_lock<std::mutex> hold(mLock);
         return mChanged.wait_for(hold, std::chrono::seconds(10), [&] { return mLines.size() >= count; });
+    }
+    // Waits until the table was seen empty after the last SIGTERM: the
+    // client's stop has gone through.
+    bool waitForStopSeen() {
+        std::unique_lock<std::mutex> hold(mLock);
+        return mChanged.wait_for(hold, std::chrono::seconds(10), [&] { return mSeenGone; });
+    }
+    bool waitForLine(const std::string& line) {
+        std::unique_lock<std::mutex> hold(mLock);
+        return mChanged.wait_for(hold, std::chrono::seconds(10),
+                                 [&] { return std::find(mLines.begin(), mLines.end(), line) != mLines.end(); });
     }
     int newestPid() {
         std::lock_guard<std::mutex> hold(mLock);
@@ -141,4 +159,5 @@ private:
     int mLastPid = 1000;
     size_t mCrowdAtStart = 0;
     bool mHoldStarts = false;
+    bool mSeenGone = true;
 };
