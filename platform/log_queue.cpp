@@ -11,6 +11,8 @@
 #include <chrono>
 #include <system_error>
 
+#include "clock.h"
+
 namespace {
 const int kWriterNice = 10;
 // While lines keep coming the writer looks again after kLookMs, for at most
@@ -19,10 +21,14 @@ const int kLookMs = 2;
 const int kBurstMs = 100;
 // A batch buffer larger than this is given back after its burst.
 const size_t kKeptBytes = 256 * 1024;
+// How often a stop looks at the clock while it waits for the writer.
+const long kStopLookMs = 10;
 }  // namespace
 
 int LogQueue::start(LogSink* sink, size_t capacity) {
-    if (!sink || capacity == 0 || mThread.joinable()) return -1;
+    if (!sink || capacity == 0) return -1;
+    // A writer given up at an earlier stop is joined once it has come back.
+    if (mThread.joinable() && !joinAbandoned()) return -1;
     {
         std::lock_guard<std::mutex> hold(mLock);
         mState = RUNNING;
@@ -77,32 +83,43 @@ int LogQueue::post(const char* line, size_t length) {
     return LOG_QUEUED;
 }
 
-void LogQueue::stop(long drainMs) {
-    if (!mThread.joinable()) return;
+bool LogQueue::stop(long drainMs) {
+    if (!mThread.joinable()) return true;
+    if (mAbandoned) return joinAbandoned();
     {
         std::unique_lock<std::mutex> hold(mLock);
         mState = DRAINING;
         mWake.notify_one();
-        const auto written = [this] { return mState == STOPPED; };
-        if (!mStopped.wait_for(hold, std::chrono::milliseconds(drainMs), written)) {
+        // Measured on the monotonic clock, looked at in short steps, so that
+        // a test can move it.
+        const long deadline = monotonicMs() + drainMs;
+        while (mState != STOPPED && monotonicMs() < deadline)
+            mStopped.wait_for(hold, std::chrono::milliseconds(kStopLookMs));
+        if (mState != STOPPED) {
+            // The sink hangs (a system-log daemon that reads nothing). The
+            // writer drops what is queued and ends when its write comes
+            // back, if ever; nobody waits for that.
             mState = DISCARDING;
             mDiscarding.store(true, std::memory_order_relaxed);
             mWake.notify_one();
+            mAbandoned = true;
+            return false;
         }
     }
     mThread.join();
     mSink = nullptr;
+    return true;
 }
 
-unsigned LogQueue::countLines(const std::vector<char>& bytes, size_t offset) {
-    unsigned lines = 0;
-    while (offset < bytes.size()) {
-        LineHead head;
-        memcpy(&head, &bytes[offset], sizeof head);
-        lines += head.droppedBefore + 1;
-        offset += sizeof head + head.length + 1;
+bool LogQueue::joinAbandoned() {
+    {
+        std::lock_guard<std::mutex> hold(mLock);
+        if (mState != STOPPED) return false;
     }
-    return lines;
+    mThread.join();
+    mSink = nullptr;
+    mAbandoned = false;
+    return true;
 }
 
 void LogQueue::writeDropped(unsigned dropped) {
@@ -141,9 +158,13 @@ void LogQueue::run() {
                 if (mLines == before) break;
             }
             if (mState == DISCARDING) {
-                mDropped += countLines(mQueue, 0);
+                // Given up on: the sink is not written again.
                 mQueue.clear();
                 mLines = 0;
+                mDropped = 0;
+                mState = STOPPED;
+                mStopped.notify_all();
+                return;
             }
             if (mLines > 0) {
                 // The callers go on in the buffer the last batch left.
@@ -161,13 +182,7 @@ void LogQueue::run() {
             }
         }
         for (size_t offset = 0; offset < batch.size();) {
-            if (mDiscarding.load(std::memory_order_relaxed)) {
-                // The sink hangs: what is left of the batch is counted.
-                const unsigned lost = countLines(batch, offset);
-                std::lock_guard<std::mutex> hold(mLock);
-                mDropped += lost;
-                break;
-            }
+            if (mDiscarding.load(std::memory_order_relaxed)) break;  // the rest is given up
             LineHead head;
             memcpy(&head, &batch[offset], sizeof head);
             writeDropped(head.droppedBefore);
@@ -177,6 +192,6 @@ void LogQueue::run() {
         // A burst's buffer is not kept for good.
         if (batch.capacity() > kKeptBytes) std::vector<char>().swap(batch);
         batch.clear();
-        writeDropped(trailing);
+        if (!mDiscarding.load(std::memory_order_relaxed)) writeDropped(trailing);
     }
 }

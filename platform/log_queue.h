@@ -27,19 +27,22 @@ public:
     enum { LOG_QUEUED = 0, LOG_DROPPED = 1, LOG_CLOSED = -1 };
 
     // Starts the writer thread into `sink` (not owned; kept until stop()
-    // returns) with room for `capacity` lines. 0, or -1 when a writer runs
-    // already or the thread cannot start. The owner only.
+    // returns true) with room for `capacity` lines. 0, or -1 when a writer
+    // runs already (also one given up on that has not ended yet) or the
+    // thread cannot start. The owner only.
     int start(LogSink* sink, size_t capacity);
     // Copies the `length` bytes of `line` into the queue (LOG_QUEUED), or
     // counts it as dropped when the queue is full (LOG_DROPPED); never waits
     // for the writer. LOG_CLOSED when no writer takes lines: the caller writes
     // it itself then, after every line it queued before. Any thread.
     int post(const char* line, size_t length);
-    // Lets the writer write everything queued, then joins it. A writer that
-    // has not drained within `drainMs` (the sink hangs) drops what is still
-    // queued instead; a single write stuck in the sink is waited for. The
-    // owner only; nothing when no writer runs.
-    void stop(long drainMs);
+    // Lets the writer write everything queued, then joins it: true. A writer
+    // that has not finished within `drainMs` on the monotonic clock (its sink
+    // hangs) is given up on: what is still queued is dropped, the writer ends
+    // by itself once the sink's write returns, and false tells the caller
+    // that the sink may still be in use. A later stop() or start() joins it
+    // if it has ended by then. The owner only; true when no writer runs.
+    bool stop(long drainMs);
 
 private:
     enum State { STOPPED, RUNNING, DRAINING, DISCARDING };
@@ -54,9 +57,8 @@ private:
     void run();
     // Writes the "N log lines dropped" notice when `dropped` is not 0.
     void writeDropped(unsigned dropped);
-    // The number of lines in `bytes` from `offset` on, each with the lines
-    // dropped before it.
-    static unsigned countLines(const std::vector<char>& bytes, size_t offset);
+    // Joins a writer given up on once it has ended; false while it has not.
+    bool joinAbandoned();
 
     std::mutex mLock;
     std::condition_variable mWake;     // the writer waits here for lines or a stop
@@ -70,5 +72,8 @@ private:
     std::atomic<bool> mDiscarding{false};  // set with DISCARDING; read by the writer between lines
     // Set by the owner while no writer runs; read by the writer only.
     LogSink* mSink = nullptr;
-    std::thread mThread;  // the owner only
+    bool mAbandoned = false;  // the owner only: the writer was given up on and not joined yet
+    // The owner only. A writer given up on is left joinable here: the queue
+    // is never destroyed while one may run.
+    std::thread mThread;
 };

@@ -19,13 +19,16 @@ namespace {
 // lines tests capture and read back at once. The system log goes through the
 // writer thread, since every line there is a round trip to the log daemon;
 // so does its standard-error stand-in, so the desktop runs as the device.
-enum LogMode { MODE_STDOUT, MODE_SYSLOG, MODE_STDERR, MODE_SINK };
+// MODE_NONE: the writer was given up on while writing to standard error,
+// whose lock it may hold; later lines are dropped.
+enum LogMode { MODE_STDOUT, MODE_SYSLOG, MODE_STDERR, MODE_SINK, MODE_NONE };
 
 // A whole folder's burst (the loader writes a line per entry, up to 20000)
 // fits while the system log catches up: about 4 MB at the fullest.
 const size_t kQueueLines = 32768;
 // A full queue drains in a fraction of this at tens of microseconds a line;
-// past it the sink is taken to hang.
+// past it the sink is taken to hang and the writer is given up on, so that a
+// log daemon that reads nothing cannot hold up the exit.
 const long kDrainMs = 2000;
 // Most lines fit here; a longer one is formatted again into a string.
 const size_t kShortLine = 256;
@@ -36,6 +39,10 @@ std::atomic<int> sMode{MODE_STDOUT};
 // held at the fork: there lines are written directly.
 std::atomic<bool> sInForkedChild{false};
 bool sExitHooked = false;  // the initLogger thread only
+// The initLogger thread only: the writer was given up on inside a write to
+// the system log, whose lock it may hold, so the log is never closed.
+bool sSyslogHeld = false;
+bool sWriterGivenUp = false;  // the initLogger thread only: the writer hangs in its sink
 char sProcName[64];        // openlog keeps the pointer, so this must outlive the log
 
 class SyslogSink : public LogSink {
@@ -50,8 +57,9 @@ public:
     void write(const char* line) override { fputs(line, stderr); }
 };
 
-SyslogSink sSyslogSink;
-StderrSink sStderrSink;
+// Never destroyed: a writer given up on may still be inside one at exit.
+SyslogSink* const sSyslogSink = new SyslogSink;
+StderrSink* const sStderrSink = new StderrSink;
 
 // Never destroyed: objects destroyed at exit may still log after the writer
 // has stopped, and the queue tells them to write directly.
@@ -65,11 +73,13 @@ void writeDirect(int mode, const char* line) {
         syslog(LOG_DEBUG, "%s", line);
     else if (mode == MODE_STDERR)
         fputs(line, stderr);
-    else
+    else if (mode != MODE_NONE)
         fputs(line, stdout);
 }
 
-void closeSyslog() { closelog(); }
+void closeSyslog() {
+    if (!sSyslogHeld) closelog();
+}
 
 void markForkedChild() { sInForkedChild = true; }
 
@@ -102,7 +112,7 @@ void initLogger(int toSyslog) {
         return;
     }
     if (access("/dev/log", F_OK) != 0) {
-        startWriter(MODE_STDERR, &sStderrSink, kQueueLines);
+        startWriter(MODE_STDERR, sStderrSink, kQueueLines);
         return;
     }
     char path[64];
@@ -114,7 +124,7 @@ void initLogger(int toSyslog) {
         sProcName[strcspn(sProcName, "\n")] = '\0';
     }
     openlog(sProcName, LOG_PID, 0);
-    startWriter(MODE_SYSLOG, &sSyslogSink, kQueueLines);
+    startWriter(MODE_SYSLOG, sSyslogSink, kQueueLines);
 }
 
 int initLoggerToSink(LogSink* sink, size_t capacity) {
@@ -124,9 +134,21 @@ int initLoggerToSink(LogSink* sink, size_t capacity) {
 
 void shutdownLogger() {
     if (sInForkedChild) return;
-    queue().stop(kDrainMs);
-    // A test's sink is not kept past its writer.
-    if (sMode == MODE_SINK) sMode = MODE_STDOUT;
+    if (queue().stop(kDrainMs)) {
+        // No writer is inside a write any more.
+        sSyslogHeld = false;
+        sWriterGivenUp = false;
+        // A test's sink is not kept past its writer.
+        if (sMode == MODE_SINK) sMode = MODE_STDOUT;
+        return;
+    }
+    if (sWriterGivenUp) return;
+    sWriterGivenUp = true;
+    // Callers write directly from now on, never where the writer hangs.
+    const int mode = sMode;
+    if (mode == MODE_SYSLOG) sSyslogHeld = true;
+    sMode = mode == MODE_SYSLOG ? MODE_STDERR : mode == MODE_STDERR ? MODE_NONE : MODE_STDOUT;
+    tprintf("logger: the log writer hangs, given up\n");
 }
 
 void tprintf(const char* format, ...) {

@@ -17,8 +17,10 @@ class LogSink;
 void initLogger(int toSyslog);
 void tprintf(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // Writes everything still queued and joins the writer thread; also run at
-// exit. Later lines are written by their callers directly. The thread that
-// called initLogger.
+// exit. Later lines are written by their callers directly. A writer whose
+// sink hangs (a log daemon that reads nothing) is given up on after a bound,
+// so the exit goes on; the lines still queued are lost, later ones go to
+// standard error. The thread that called initLogger.
 void shutdownLogger();
 // For tests and benches: like initLogger(1), but the writer thread writes
 // into `sink` (not owned; kept until shutdownLogger) with room for

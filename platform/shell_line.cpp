@@ -6,6 +6,7 @@
 #include <string.h>
 #include <sys/wait.h>
 
+#include "clock.h"
 #include "logger.h"
 #include "stop_flag.h"
 
@@ -32,7 +33,19 @@ bool prepareAttributes(posix_spawnattr_t* attr) {
 
 }  // namespace
 
-int runShellLine(const char* line, const StopFlag* stop) {
+namespace {
+
+// Kills the line's whole process group and reaps its shell.
+void killLine(pid_t pid) {
+    kill(-pid, SIGKILL);
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
+}  // namespace
+
+int runShellLine(const char* line, const StopFlag* stop, long limitMs) {
     if (!line) return -1;
     posix_spawnattr_t attr;
     if (!prepareAttributes(&attr)) {
@@ -43,6 +56,7 @@ int runShellLine(const char* line, const StopFlag* stop) {
     char dashC[] = "-c";
     char* argv[] = {sh, dashC, const_cast<char*>(line), nullptr};
     pid_t pid = -1;
+    const long deadline = monotonicMs() + limitMs;
     const int err = posix_spawn(&pid, "/bin/sh", nullptr, &attr, argv, environ);
     posix_spawnattr_destroy(&attr);
     if (err != 0) {
@@ -52,6 +66,8 @@ int runShellLine(const char* line, const StopFlag* stop) {
     // Short lines end within milliseconds; the wait starts fine and grows.
     long pauseMs = 1;
     while (true) {
+        // The clock first: a line that ended by the time it was read counts.
+        const bool late = limitMs > 0 && monotonicMs() >= deadline;
         int status = 0;
         const pid_t done = waitpid(pid, &status, WNOHANG);
         if (done == pid) return status;
@@ -59,10 +75,13 @@ int runShellLine(const char* line, const StopFlag* stop) {
             tprintf("shell: lost \"%s\": %s\n", line, strerror(errno));
             return -1;
         }
+        if (late) {
+            killLine(pid);
+            tprintf("shell: \"%s\" did not finish within %ld ms, killed\n", line, limitMs);
+            return -1;
+        }
         if (stop && stop->sleepFor(pauseMs)) {
-            kill(-pid, SIGKILL);
-            while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-            }
+            killLine(pid);
             tprintf("shell: stopped \"%s\"\n", line);
             return -1;
         }

@@ -30,14 +30,19 @@ bool process_alive(int pid) {
     return state != 'Z' && state != 'X' && state != 'x' && state != '\0';
 }
 
-int check_process_exist(const char* name, int verbose) {
+namespace {
+
+// Walks "/proc" for processes whose first argument holds `name` followed by
+// its end or a blank, skipping those that have exited. Stops at the first
+// when `all` is null, else collects every one in `all`. The first pid or -1.
+int findProcesses(const char* name, int verbose, std::vector<int>* all) {
     DIR* dir = opendir("/proc");
     if (!dir) {
         tprintf("can not open /proc\n");
         return -1;
     }
     const size_t nameLen = strlen(name);
-    int pid = -1;
+    int first = -1;
     while (struct dirent* entry = readdir(dir)) {
         if (!isdigit((unsigned char)entry->d_name[0])) continue;
         char path[300];
@@ -58,14 +63,26 @@ int check_process_exist(const char* name, int verbose) {
             tprintf("[check: %s] p=%s in %s, pnlen=%d, cmp %d, p[%d]=%d\n", name, p, text,
                     (int)nameLen, 0, (int)nameLen, after);
         if (after != '\0' && after != ' ') continue;
-        if (!process_alive(atoi(entry->d_name))) continue;
-        pid = atoi(entry->d_name);
+        const int pid = atoi(entry->d_name);
+        if (!process_alive(pid)) continue;
         if (verbose) tprintf("[check: %s] pid %d\n", name, pid);
-        break;
+        if (first < 0) first = pid;
+        if (!all) break;
+        all->push_back(pid);
     }
     closedir(dir);
-    if (pid < 0 && verbose) tprintf("[check: %s] fail\n", name);
-    return pid;
+    if (first < 0 && verbose) tprintf("[check: %s] fail\n", name);
+    return first;
+}
+
+}  // namespace
+
+int check_process_exist(const char* name, int verbose) { return findProcesses(name, verbose, nullptr); }
+
+std::vector<int> find_processes(const char* name) {
+    std::vector<int> pids;
+    findProcesses(name, 0, &pids);
+    return pids;
 }
 
 int check_process_exist(const char* name) { return check_process_exist(name, 0); }

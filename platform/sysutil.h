@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 // Wall-clock milliseconds since the epoch (wallMs(), clock.h): a time of day,
 // never an interval.
@@ -11,6 +12,8 @@ long systemms();
 // process that has exited but was not reaped yet (a zombie) does not count.
 int check_process_exist(const char* name, int verbose);
 int check_process_exist(const char* name);
+// Every such process, in the order "/proc" lists them.
+std::vector<int> find_processes(const char* name);
 
 // Whether process `pid` exists and has not exited (a zombie has).
 bool process_alive(int pid);

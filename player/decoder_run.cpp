@@ -2,19 +2,22 @@
 
 int DecoderRun::begin() {
     std::lock_guard<std::mutex> hold(mLock);
-    mRun = Snapshot{mRun.generation + 1, STARTING, 0, 0};
+    mRun = Snapshot{mRun.generation + 1, STARTING, false, {}, {}, 0};
     return mRun.generation;
 }
 
 int DecoderRun::end() {
     std::lock_guard<std::mutex> hold(mLock);
-    mRun = Snapshot{mRun.generation + 1, NONE, 0, 0};
+    mRun = Snapshot{mRun.generation + 1, NONE, false, {}, {}, 0};
     return mRun.generation;
 }
 
-void DecoderRun::starting(int generation, long nowMs) {
+void DecoderRun::launching(int generation, const FileIdentity& status, const FileIdentity& info) {
     std::lock_guard<std::mutex> hold(mLock);
-    if (generation == mRun.generation) mRun.startMs = nowMs;
+    if (generation != mRun.generation) return;
+    mRun.launched = true;
+    mRun.statusAtStart = status;
+    mRun.infoAtStart = info;
 }
 
 bool DecoderRun::found(int generation, int pid) {

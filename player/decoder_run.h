@@ -2,6 +2,8 @@
 
 #include <mutex>
 
+#include "platform/fileutil.h"
+
 // What the decoder client knows of the decoder it started last. Shared by the
 // main thread (which starts and stops), the decoder worker (which runs the
 // start) and the status watcher (which sees it go); every call takes the
@@ -21,16 +23,22 @@ public:
     struct Snapshot {
         int generation;
         State state;
-        long startMs;  // wall-clock ms just before the start line ran; 0 before
-        int pid;       // the decoder found after the start; 0 unknown
+        // Set just before the start line runs, every earlier decoder gone:
+        // what the status and information files were then. A report counts
+        // for this run only once its file differs from this.
+        bool launched;
+        FileIdentity statusAtStart;
+        FileIdentity infoAtStart;
+        int pid;  // the decoder this run started, found after the start; 0 unknown
     };
 
     // Main thread: a new start (STARTING) or a stop on purpose (NONE).
     // Return the new generation.
     int begin();
     int end();
-    // Worker: the start line of `generation` runs now.
-    void starting(int generation, long nowMs);
+    // Worker: the start line of `generation` runs now; the decoder files
+    // are as given.
+    void launching(int generation, const FileIdentity& status, const FileIdentity& info);
     // Worker: after the start's wait the decoder is `pid`, or none (-1).
     // True when this made the decoder count as gone.
     bool found(int generation, int pid);
@@ -44,5 +52,5 @@ public:
 
 private:
     mutable std::mutex mLock;
-    Snapshot mRun = {0, NONE, 0, 0};  // guarded by mLock
+    Snapshot mRun = {};  // guarded by mLock
 };

@@ -7,10 +7,8 @@ namespace {
 
 class SystemDecoderShell : public DecoderShell {
 public:
-    void run(const std::string& line, const StopFlag* stop) override {
-        runShellLine(line.c_str(), stop);
-    }
-    int findDecoder() override { return check_process_exist("avworker", 0); }
+    void run(const std::string& line, long limitMs) override { runShellLine(line.c_str(), nullptr, limitMs); }
+    std::vector<int> decoders() override { return find_processes("avworker"); }
     bool alive(int pid) override { return process_alive(pid); }
 };
 

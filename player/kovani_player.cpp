@@ -23,7 +23,7 @@ KovaniPlayer::KovaniPlayer(KovaniPlayerHandler* handler, DecoderShell* shell)
       mVolume(0),
       mAudioTrack(0),
       mPositionMS(0),
-      mPendingCompletions(0),
+      mCompletedRun(-1),
       mShell(shell),
       mWatcher(&mRun, shell, this),
       mWorker(shell, &mRun, [this](int generation) { onDecoderLost(generation); }) {}
@@ -47,9 +47,12 @@ const char* KovaniPlayer::getUrl() const { return mUrl.empty() ? nullptr : mUrl.
 int KovaniPlayer::prepare() {
     if (mUrl.empty()) return 0;
     const int generation = mRun.begin();
-    mComplete = false;
-    mDurationMS = 0;
-    mPositionMS = 0;
+    {
+        std::lock_guard<std::mutex> hold(mReportLock);
+        mComplete = false;
+        mDurationMS = 0;
+        mPositionMS = 0;
+    }
     // Quoted as one shell word so that no file name on a card can run
     // anything: the decoder receives exactly the path.
     mWorker.post({DecoderJob::START, generation, "avworker " + shellQuote(mUrl) + " &", false, false});
@@ -142,22 +145,34 @@ int KovaniPlayer::getAudioTrack() const { return mAudioTrack; }
 
 int KovaniPlayer::playNotifyer(bool completed, int durationMS, int positionMS, int volume,
                                int audioTrack) {
-    const bool changed = mDurationMS != durationMS || mPositionMS != positionMS;
-    mDurationMS = durationMS;
-    mPositionMS = positionMS;
-    mVolume = volume;
-    mAudioTrack = audioTrack;
-    // Only the watcher writes mComplete between starts, so read-then-store
-    // needs no lock.
-    const bool was = mComplete;
-    if (mHandler && completed != was && completed) {
+    report(mRun.snapshot().generation, completed, durationMS, positionMS, volume, audioTrack);
+    return 0;
+}
+
+void KovaniPlayer::report(int generation, bool completed, int durationMS, int positionMS, int volume,
+                          int audioTrack) {
+    bool was = false, announce = false, changed = false;
+    {
+        std::lock_guard<std::mutex> hold(mReportLock);
+        // A report read just before a new start or a stop belongs to the old decoder.
+        if (generation != mRun.snapshot().generation) return;
+        changed = mDurationMS != durationMS || mPositionMS != positionMS;
+        mDurationMS = durationMS;
+        mPositionMS = positionMS;
+        mVolume = volume;
+        mAudioTrack = audioTrack;
+        was = mComplete;
+        announce = mHandler && completed && !was;
+        if (announce) mCompletedRun = generation;
+        // Everything is in place before the owner hears of it: the owner may
+        // start the next video at once.
+        mComplete = completed;
+    }
+    if (announce) {
         tprintf("complete %d->%d\n", was, completed);
-        mPendingCompletions++;
         mHandler->onPlayComplete();
     }
-    mComplete = completed;
     if (changed && mHandler) mHandler->onReport();
-    return 0;
 }
 
 int KovaniPlayer::infoNotifyer(int width, int height, int audioTrackNum) {
@@ -167,13 +182,16 @@ int KovaniPlayer::infoNotifyer(int width, int height, int audioTrackNum) {
     return 0;
 }
 
-bool KovaniPlayer::takeCompletion() { return mPendingCompletions.exchange(0) > 0; }
+bool KovaniPlayer::takeCompletion() {
+    std::lock_guard<std::mutex> hold(mReportLock);
+    const bool current = mCompletedRun >= 0 && mCompletedRun == mRun.snapshot().generation;
+    mCompletedRun = -1;
+    return current;
+}
 
 void KovaniPlayer::onStatus(int generation, bool completed, int durationMS, int positionMS, int volume,
                             int audioTrack) {
-    // A report read just before a new start belongs to the old decoder.
-    if (generation != mRun.snapshot().generation) return;
-    playNotifyer(completed, durationMS, positionMS, volume, audioTrack);
+    report(generation, completed, durationMS, positionMS, volume, audioTrack);
 }
 
 void KovaniPlayer::onInfo(int generation, int width, int height, int audioTrackNum) {

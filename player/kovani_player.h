@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <string>
 
 #include "decoder_run.h"
@@ -64,13 +65,15 @@ public:
     int getAudioTrackNum() const;
     int getAudioTrack() const;
 
-    // Called by the status watcher after each counted read.
+    // Called by the status watcher after each counted read; a report counts
+    // for the decoder run current when it is called.
     int playNotifyer(bool completed, int durationMS, int positionMS, int volume, int audioTrack);
     int infoNotifyer(int width, int height, int audioTrackNum);
 
-    // Main thread. A completion not yet acted on: true once per completion.
-    // It stays until taken, so one that arrives while the owner cannot act
-    // (a popup is on top) is not lost.
+    // Main thread. A completion of the current decoder run not yet acted on:
+    // true once per completion. It stays until taken, so one that arrives
+    // while the owner cannot act (a popup is on top) is not lost; a start or
+    // stop since makes it void, so no completion is acted on twice.
     bool takeCompletion();
     // A decoder was started and is neither stopped nor known to be gone.
     bool decoderExpected() const { return mRun.expected(); }
@@ -84,10 +87,18 @@ private:
                   int audioTrack) override;
     void onInfo(int generation, int width, int height, int audioTrackNum) override;
     void onDecoderLost(int generation) override;
+    // A report about decoder run `generation`; dropped unless that run is
+    // still the current one.
+    void report(int generation, bool completed, int durationMS, int positionMS, int volume, int audioTrack);
     // Queues a command for the decoder when one is expected; false when not.
     bool sendCommand(const std::string& echoArgs, bool isPlay, bool logAsRect);
 
-    std::atomic<bool> mComplete;
+    // A report is published whole under mReportLock before the owner hears
+    // of it, and a start clears it under the same lock: a report of an
+    // earlier run can neither land after the start nor be taken for the new
+    // run's.
+    std::mutex mReportLock;
+    std::atomic<bool> mComplete;  // written under mReportLock
     std::string mUrl;  // main thread only
     std::atomic<int> mWidth;
     std::atomic<int> mHeight;
@@ -97,7 +108,7 @@ private:
     std::atomic<int> mVolume;
     std::atomic<int> mAudioTrack;
     std::atomic<int> mPositionMS;
-    std::atomic<int> mPendingCompletions;  // raised by the watcher, taken by the main thread
+    int mCompletedRun;  // guarded by mReportLock: the run whose completion awaits taking; -1 none
 
     DecoderShell* mShell;  // not owned
     DecoderRun mRun;

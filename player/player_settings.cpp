@@ -69,7 +69,8 @@ int loadPlayerConfig() {
     gPlayerRotation = VIDEO_ROTATE_DEGREE_0;
     gPlayerSpeed = VIDEO_SPEED_1;
     const char* path = devicePath(DEVICE_PATH_PLAYER_CONFIG);
-    FILE* f = fopen(path, "r");
+    // A FIFO or device put there must not hold up the start.
+    FILE* f = openRegularFile(path);
     if (!f) return -1;
     char* text = nullptr;
     int result = -1;

@@ -15,8 +15,6 @@
 namespace {
 
 const long kPeriodMs = 500;
-// File times come from a coarse clock that may lag the wall clock by a tick.
-const long kClockSlackMs = 20;
 // Sane ranges for what a decoder may report.
 const int kMaxVolume = 1000;
 const int kMaxTrack = 255;
@@ -56,13 +54,16 @@ void StatusWatcher::loop() {
     tprintf("watch_thread quit\n");
 }
 
-bool StatusWatcher::readFresh(int pathId, long startMs) {
-    struct timespec mtime;
-    const int n = fileToMemWithTime(devicePath(pathId), mBuf, sizeof mBuf - 1, &mtime);
+bool StatusWatcher::readFresh(int pathId, const FileIdentity& atStart, bool* fresh) {
+    FileIdentity now;
+    const int n = fileToMemWithIdentity(devicePath(pathId), mBuf, sizeof mBuf - 1, &now);
     mBuf[n] = '\0';
     if (n <= 0) return false;
-    const long writtenMs = (long)mtime.tv_sec * 1000 + mtime.tv_nsec / 1000000;
-    return writtenMs + kClockSlackMs >= startMs;
+    // Until the file changes it is what an earlier decoder left, whatever
+    // its time stamp says (the wall clock may have been stepped back).
+    if (!*fresh && now == atStart) return false;
+    *fresh = true;
+    return true;
 }
 
 void StatusWatcher::cycle() {
@@ -72,11 +73,12 @@ void StatusWatcher::cycle() {
         mCompleted = false;
         mDuration = mPosition = mVolume = mAudioTrack = 0;
         mWidth = mHeight = mStreams = 0;
+        mStatusFresh = mInfoFresh = false;
     }
-    // Until the start line has run, every file there is from before it.
-    if (run.startMs == 0) return;
+    // Until the start line runs, every file there is from before it.
+    if (!run.launched) return;
 
-    if (readFresh(DEVICE_PATH_PLAYER_STATUS, run.startMs)) {
+    if (readFresh(DEVICE_PATH_PLAYER_STATUS, run.statusAtStart, &mStatusFresh)) {
         if (cJSON* status = cJSON_Parse(mBuf)) {
             const cJSON* state = cJSON_GetObjectItemCaseSensitive(status, "status");
             if (cJSON_IsString(state)) mCompleted = strcmp(state->valuestring, "completed") == 0;
@@ -90,7 +92,7 @@ void StatusWatcher::cycle() {
             mListener->onStatus(run.generation, mCompleted, mDuration, mPosition, mVolume, mAudioTrack);
         }
     }
-    if (readFresh(DEVICE_PATH_PLAYER_INFO, run.startMs)) {
+    if (readFresh(DEVICE_PATH_PLAYER_INFO, run.infoAtStart, &mInfoFresh)) {
         if (cJSON* info = cJSON_Parse(mBuf)) {
             takeInt(info, "width", &mWidth, 0, kMaxPictureSide);
             takeInt(info, "height", &mHeight, 0, kMaxPictureSide);

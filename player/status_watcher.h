@@ -2,6 +2,8 @@
 
 #include <thread>
 
+#include "platform/fileutil.h"
+
 #include "platform/stop_flag.h"
 
 class DecoderRun;
@@ -27,8 +29,10 @@ public:
 // goes.
 //
 // A report written before the current decoder was started never counts (a
-// "completed" left by the previous decoder would skip a video), and every
-// number is clamped to a sane range before anyone sees it.
+// "completed" left by the previous decoder would skip a video): a file counts
+// once it differs from what it was when the start line ran, told by its
+// identity, not by any clock. Every number is clamped to a sane range before
+// anyone sees it.
 class StatusWatcher {
 public:
     // None is owned; all outlive the watcher.
@@ -50,9 +54,10 @@ public:
 
 private:
     void loop();
-    // Reads `pathId` into mBuf when it was written at or after `startMs`;
-    // false when it is missing, not a regular file, or older.
-    bool readFresh(int pathId, long startMs);
+    // Reads `pathId` into mBuf when it has changed since `atStart` at some
+    // read of this run (*fresh remembers that); false when it is missing,
+    // not a regular file, or still the earlier run's.
+    bool readFresh(int pathId, const FileIdentity& atStart, bool* fresh);
 
     DecoderRun* mRun;             // not owned
     DecoderShell* mShell;         // not owned
@@ -65,6 +70,7 @@ private:
     bool mCompleted = false;
     int mDuration = 0, mPosition = 0, mVolume = 0, mAudioTrack = 0;
     int mWidth = 0, mHeight = 0, mStreams = 0;
+    bool mStatusFresh = false, mInfoFresh = false;
     // Static size so that a cycle allocates nothing but the parsed documents.
     char mBuf[1024];
 

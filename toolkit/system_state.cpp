@@ -168,7 +168,8 @@ void applySetting(const Setting& s, const cJSON* doc, KeyShmInfo* shm, char** th
 void loadSystemState(void* shm, char** theme) {
     const char* path = devicePath(DEVICE_PATH_SYSTEM_CONFIG);
     KeyShmInfo* info = static_cast<KeyShmInfo*>(shm);  // not owned
-    FILE* f = fopen(path, "r");
+    // A FIFO or device put there must not hold up the start.
+    FILE* f = openRegularFile(path);
     char* text = nullptr;  // owned, from loadContent
     cJSON* doc = nullptr;  // owned
     if (f && loadContent(path, f, &text) == 0) doc = cJSON_Parse(text);

@@ -135,6 +135,48 @@ terminate_while_playing() {
     decoder_running && fail "decoder left running"
 }
 
+# Play-on through decoders whose first and only report is "completed" (a
+# clip shorter than a report period), PLAY_ON_COUNT of them (10 unless set),
+# then a SIGTERM to the player while its decoder ignores SIGTERM. Every video
+# starts once, in order; one that does not follow within 8 s of the last is
+# a stall, counted and got past with R; no decoder outlives the player.
+started() { if syslog_present; then decoder_got "$1"; else log_has "exec cmd: avworker $1 &"; fi; }
+play_on() {
+    setup_device
+    rm -rf "${VIDS:?}"/*
+    local count=${PLAY_ON_COUNT:-10} i stalls=0 file
+    for i in $(seq -w 1 "$count"); do echo video > "$VIDS/v$i-completes.mp4"; done
+    echo video > "$VIDS/w-ignores-term.mp4"
+    start_player -d "$VIDS"
+    press space
+    for i in $(seq -w 1 "$count") w; do
+        file=$VIDS/v$i-completes.mp4
+        [ "$i" = w ] && file=$VIDS/w-ignores-term.mp4
+        local end=$((SECONDS + 8))
+        until started "$file"; do
+            if [ $SECONDS -ge $end ]; then
+                stalls=$((stalls + 1))
+                echo "stall before $file"
+                press BackSpace
+                end=$((SECONDS + 8))
+            fi
+            sleep 0.1
+        done
+    done
+    echo "play-on: $count completion-only videos, $stalls stalls"
+    [ "$stalls" -eq 0 ] || fail "$stalls stalls in $count videos"
+    if ! syslog_present; then
+        local starts
+        starts=$(grep -c "exec cmd: avworker" "$LOG")
+        [ "$starts" -eq $((count + 1)) ] || fail "$starts starts for $((count + 1)) videos"
+    fi
+    wait_opened w-ignores-term.mp4
+    kill -TERM "$PID"
+    expect_exit_zero
+    expect_log "avworker still runs 2000 ms after SIGTERM, killing it"
+    decoder_running && fail "decoder left running"
+}
+
 # shot_share NAME X Y W H: a screenshot; $share of the rectangle and $outside
 # pixels beyond it in the clip's colours.
 shot_share() {
@@ -181,7 +223,7 @@ video_plane() {
 }
 
 case "$SCENARIO" in
-    keys_and_settings | swapped_confirm | terminate_while_playing | video_plane) "$SCENARIO" ;;
+    keys_and_settings | swapped_confirm | terminate_while_playing | video_plane | play_on) "$SCENARIO" ;;
     *) fail "unknown scenario" ;;
 esac
 killall -q avworker

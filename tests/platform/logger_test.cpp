@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <unistd.h>
 
 #include <condition_variable>
+#include <future>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -12,6 +14,7 @@
 
 #include "platform/log_queue.h"
 #include "tests/support/capture_stdout.h"
+#include "tests/support/test_clock.h"
 
 namespace {
 
@@ -130,4 +133,31 @@ TEST_F(LoggerQueueTest, ShutdownWritesEverythingQueuedThenCallersWriteDirectly) 
     tprintf("after shutdown %d\n", 1);
     EXPECT_EQ(out.finish(), "after shutdown 1\n");
     EXPECT_EQ(mSink.lines().size(), 200u);
+}
+
+// A log daemon that reads nothing: the writer's write waits for good. The
+// exit goes on once the writer's drain bound has passed.
+TEST_F(LoggerQueueTest, AHungLogDaemonDoesNotHoldUpTheExit) {
+    {
+        TestClock clock;
+        ASSERT_EQ(initLoggerToSink(&mSink, 0), 0);
+        mSink.holdFrom(0);
+        tprintf("a line the daemon never takes\n");
+        ASSERT_TRUE(mSink.waitForWrites(1));
+        CaptureStdout out;
+        auto exit = std::async(std::launch::async, [] { shutdownLogger(); });
+        ASSERT_TRUE(clock.advanceUntil(
+            [&] { return exit.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        tprintf("the exit goes on\n");
+        EXPECT_EQ(out.finish(), "logger: the log writer hangs, given up\nthe exit goes on\n");
+    }
+    // The daemon reads again: the writer ends and the next start joins it.
+    mSink.release();
+    CaptureStdout quiet;
+    bool restarted = false;
+    for (int i = 0; i < 500 && !restarted; i++) {
+        restarted = initLoggerToSink(&mSink, 0) == 0;
+        if (!restarted) usleep(10 * 1000);
+    }
+    EXPECT_TRUE(restarted);
 }

@@ -1,16 +1,20 @@
 #include "player/kovani_player.h"
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "platform/device_paths.h"
 #include "platform/sysutil.h"
 #include "tests/support/recording_shell.h"
 #include "tests/support/temp_dir.h"
+#include "tests/support/test_clock.h"
 
 namespace {
 
@@ -66,20 +70,52 @@ TEST_F(KovaniPlayerTest, AStartSupersededBeforeItRanIsSkipped) {
                                      "avworker /v/c.mp4 &", echoLine("play")}));
 }
 
-// Destroyed while its worker waits after a start: it stops the decoder and joins.
-TEST_F(KovaniPlayerTest, DestructionDuringAStartStopsTheDecoderAndJoins) {
-    {
-        KovaniPlayer player(nullptr, &mShell);
-        player.setUrl("/v/a.mp4");
-        player.prepare();
-        ASSERT_TRUE(mShell.waitForLines(2));
-    }
+// The owner may act on a completion the moment it hears of it, while the
+// watcher is still inside its report: the next video's completion, even as
+// its first report, counts again; one of a run since stopped counts never.
+// The client then goes while its worker waits after a start.
+TEST_F(KovaniPlayerTest, EachRunsCompletionIsActedOnOnce) {
+    struct ActingHandler : KovaniPlayerHandler {
+        void onPlayComplete() override {
+            heard++;
+            if (act && player->takeCompletion()) {
+                taken++;
+                player->setUrl(("/v/" + std::to_string(taken) + ".mp4").c_str());
+                player->prepare();
+            }
+        }
+        void onSeekComplete() override {}
+        KovaniPlayer* player = nullptr;
+        bool act = true;
+        int heard = 0, taken = 0;
+    } handler;
+    auto player = std::make_unique<KovaniPlayer>(&handler, &mShell);
+    handler.player = player.get();
+    player->setUrl("/v/0.mp4");
+    player->prepare();
+    for (int i = 0; i < 3; i++) player->playNotifyer(true, 500, 500, 0, 0);
+    EXPECT_EQ(handler.taken, 3) << "each completion-only video plays on";
+
+    handler.act = false;
+    player->playNotifyer(true, 500, 500, 0, 0);
+    player->playNotifyer(true, 500, 500, 0, 0);
+    EXPECT_EQ(handler.heard, 4) << "a completion is announced once";
+    player->stop();  // R came first
+    EXPECT_FALSE(player->takeCompletion()) << "a stopped run's completion plays nothing on";
+
+    player->setUrl("/v/last.mp4");
+    player->prepare();
+    ASSERT_TRUE(mShell.waitForLine("avworker /v/last.mp4 &"));
+    player.reset();  // during the start's wait
     EXPECT_EQ(mShell.lines().back(), "killall avworker");
-    EXPECT_EQ(mShell.findDecoder(), -1);
+    EXPECT_EQ(mShell.findDecoder(), -1) << "no decoder outlives its client";
 }
 
-// The real shell and process: a hostile file name arrives intact, a stop ends it.
-TEST_F(KovaniPlayerTest, TheRealShellStartsAndStopsTheDecoder) {
+// The real shell and processes: a hostile file name arrives intact; a
+// command nobody can take is killed after its limit and the next one goes
+// through; a decoder that ignores SIGTERM and is stopped still goes.
+TEST_F(KovaniPlayerTest, TheRealShellStartsCommandsAndEndsTheDecoder) {
+    TestClock clock;
     const std::string work = mRoot.path() + "/work", oldPath = getenv("PATH") ? getenv("PATH") : "";
     makeDirs(work);
     makeDirs(mRoot.at(DEVICE_PATH_PLAYER_DIR));
@@ -87,19 +123,37 @@ TEST_F(KovaniPlayerTest, TheRealShellStartsAndStopsTheDecoder) {
     ASSERT_TRUE(getcwd(oldCwd, sizeof oldCwd) && chdir(work.c_str()) == 0);
     setenv("PATH", (KOVANI_TEST_DECODER_DIR ":" + oldPath).c_str(), 1);
 
-    const std::string name = work + "/a\"b $HOME `touch pwned1`; touch pwned2 it's\nnew $(touch pwned3) *.mp4";
+    const std::string name =
+        work + "/a\"b $HOME `touch pwned1`; touch pwned2 it's\nnew $(touch pwned3) ignores-term *.mp4";
+    const std::string cmd = mRoot.at(DEVICE_PATH_PLAYER_CMD);
     {
         KovaniPlayer player(nullptr);
+        // Time moves in small steps: a real shell line must not look hung.
+        const auto idle = [&] { return player.waitIdle(0); };
         player.setUrl(name.c_str());
         player.prepare();
         EXPECT_EQ(player.play(), 0);
-        ASSERT_TRUE(player.waitIdle(10000));
+        // The clock stands still until the real decoder is up.
+        for (int i = 0; i < 1000 && !fileExists(work + "/avworker.args"); i++) usleep(10 * 1000);
+        ASSERT_TRUE(clock.advanceUntil(idle, 5));
         EXPECT_EQ(readFile(work + "/avworker.args"), name + '\0') << "one argument, unchanged";
-        EXPECT_GT(check_process_exist("avworker"), 0);
-        EXPECT_EQ(readFile(mRoot.at(DEVICE_PATH_PLAYER_CMD)), "play\n");
+        const int decoder = check_process_exist("avworker");
+        EXPECT_GT(decoder, 0);
+        EXPECT_EQ(readFile(cmd), "play\n");
+
+        ASSERT_EQ(mkfifo((cmd + ".fifo").c_str(), 0644), 0);
+        ASSERT_EQ(rename((cmd + ".fifo").c_str(), cmd.c_str()), 0);
+        player.pause();
+        ASSERT_TRUE(clock.advanceUntil(idle, 5));
+        unlink(cmd.c_str());
+        player.fastForward();
+        ASSERT_TRUE(clock.advanceUntil(idle, 5));
+        EXPECT_EQ(readFile(cmd), "fastforward\n") << "the command after the stuck one went through";
+
         unlink((work + "/avworker.args").c_str());
+        kill(decoder, SIGSTOP);
         player.stop();
-        ASSERT_TRUE(player.waitIdle(10000));
+        ASSERT_TRUE(clock.advanceUntil(idle, 5));
         EXPECT_EQ(check_process_exist("avworker"), -1);
     }
     EXPECT_TRUE(std::filesystem::is_empty(work)) << "no stray files";

@@ -1,14 +1,20 @@
 #include "player/player_settings.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <functional>
+#include <future>
 #include <string>
 
 #include "platform/device_paths.h"
 #include "player/app_options.h"
 #include "tests/support/capture_stdout.h"
 #include "tests/support/temp_dir.h"
+#include "toolkit/system_state.h"
 
 namespace {
 
@@ -80,4 +86,29 @@ TEST_F(PlayerSettingsTest, SaveReplacesTheWholeFileAndLoadsBack) {
     EXPECT_EQ(gPlayerSpeed, VIDEO_SPEED_FAST_FORWARD_2);
     EXPECT_EQ(gSavedDir, "/mnt/SDCARD/Mes films \"2024\"");
     EXPECT_EQ(gAudioTrack, 2);
+}
+
+// A FIFO nobody writes in place of either settings file must not hold up the
+// start: it counts as no file.
+TEST_F(PlayerSettingsTest, AFifoInPlaceOfASettingsFileDoesNotHoldUpTheStart) {
+    KeyShmInfo shm;
+    ASSERT_EQ(InitKeyShm(&shm), 0);
+    const struct {
+        int path;
+        std::function<void()> load;
+    } rows[] = {
+        {DEVICE_PATH_PLAYER_CONFIG, [] { EXPECT_EQ(loadPlayerConfig(), -1); }},
+        {DEVICE_PATH_SYSTEM_CONFIG, [&shm] { loadSystemState(&shm, nullptr); }},
+    };
+    for (const auto& row : rows) {
+        const std::string path = mRoot.at(row.path);
+        makeDirs(path.substr(0, path.rfind('/')));
+        ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
+        auto done = std::async(std::launch::async, row.load);
+        if (done.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+            close(open(path.c_str(), O_WRONLY));  // lets the stuck open go
+            ADD_FAILURE() << path << " held up the start";
+        }
+    }
+    UninitKeyShm(&shm);
 }

@@ -157,6 +157,7 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     mShell.setDecoder(true);
     PlayerWindow& window = *openPlayer();
     ASSERT_TRUE(mShell.waitForLines(1));
+    ASSERT_TRUE(mShell.waitForStopSeen());
     EXPECT_LT(mShell.findDecoder(), 0);
     mShell.setDecoder(true);
     window.quit();

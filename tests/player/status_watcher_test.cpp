@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "platform/device_paths.h"
-#include "platform/sysutil.h"
 #include "player/decoder_run.h"
 #include "tests/support/recording_shell.h"
 #include "tests/support/temp_dir.h"
@@ -39,12 +38,15 @@ class StatusWatcherTest : public ::testing::Test {
 protected:
     void SetUp() override {
         makeDirs(mRoot.at(DEVICE_PATH_PLAYER_DIR));
-        startDecoder(systemms() - 1000);
+        startDecoder();
     }
-    void startDecoder(long startMs) {
+    // As the worker starts one: the files are noted just before the start line.
+    void startDecoder() {
         mGeneration = mRun.begin();
-        mRun.starting(mGeneration, startMs);
-        mShell.run("avworker x &", nullptr);
+        mRun.launching(mGeneration, fileIdentity(mRoot.at(DEVICE_PATH_PLAYER_STATUS).c_str()),
+                       fileIdentity(mRoot.at(DEVICE_PATH_PLAYER_INFO).c_str()));
+        mShell.setDecoder(false);
+        mShell.run("avworker x &", 0);
         mRun.found(mGeneration, mShell.findDecoder());
     }
     void status(const std::string& json) {
@@ -83,23 +85,31 @@ TEST_F(StatusWatcherTest, MissingMistypedAndWildNumbersNeverReachTheClient) {
     EXPECT_EQ(mListener.mCalls, 5) << "skipped files report nothing";
 }
 
-// The previous decoder's "completed" would skip the video just chosen.
+// The previous decoder's "completed" would skip the video just chosen, also
+// one dated ahead of the clock (the clock was stepped back since).
 TEST_F(StatusWatcherTest, AReportFromBeforeTheStartNeverCounts) {
-    status(R"({"status":"completed","duration":9000,"position":9000})");
-    ASSERT_TRUE(mListener.mCompleted);
-    writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_INFO), R"({"width":640})");
+    const std::string path = mRoot.at(DEVICE_PATH_PLAYER_STATUS);
+    const long hour = 3600;
+    const struct { const char* name; long secondsAhead; } rows[] = {
+        {"written before", -1}, {"dated an hour ahead", hour}, {"dated a day ahead", 24 * hour}};
+    for (const auto& row : rows) {
+        status(R"({"status":"completed","duration":9000,"position":9000})");
+        ASSERT_TRUE(mListener.mCompleted) << row.name;
+        const struct timespec dated[2] = {{time(nullptr) + row.secondsAhead, 0}, {time(nullptr) + row.secondsAhead, 0}};
+        ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), dated, 0), 0);
+        writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_INFO), R"({"width":640})");
 
-    startDecoder(systemms() + 1000);
-    const int calls = mListener.mCalls;
-    mWatcher.cycle();
-    EXPECT_EQ(mListener.mCalls, calls) << "the old file is not read as this decoder's";
-    EXPECT_EQ(mListener.mInfoCalls, 0) << "nor the old information file";
+        startDecoder();
+        const int calls = mListener.mCalls, infoCalls = mListener.mInfoCalls;
+        mWatcher.cycle();
+        EXPECT_EQ(mListener.mCalls, calls) << row.name << ": the old file is not read as this decoder's";
+        EXPECT_EQ(mListener.mInfoCalls, infoCalls) << row.name << ": nor the old information file";
 
-    startDecoder(systemms());
-    status(R"({"position":10})");
-    EXPECT_EQ(mListener.mGeneration, mGeneration);
-    EXPECT_FALSE(mListener.mCompleted) << "a new run starts from nothing";
-    EXPECT_EQ(mListener.mValues[0], 0) << "nor its duration";
+        status(R"({"position":10})");
+        EXPECT_EQ(mListener.mGeneration, mGeneration);
+        EXPECT_FALSE(mListener.mCompleted) << row.name << ": a new run starts from nothing";
+        EXPECT_EQ(mListener.mValues[0], 0) << row.name << ": nor its duration";
+    }
 }
 
 // A FIFO as the status file must not block the watcher (it could never be joined).
