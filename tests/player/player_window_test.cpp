@@ -4,24 +4,12 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <functional>
 #include <string>
 #include <vector>
 
-#include "platform/device_paths.h"
-#include "platform/sysutil.h"
-#include "player/app_options.h"
-#include "player/player_lang.h"
-#include "player/skin.h"
+#include "tests/player/player_window_fixture.h"
 #include "tests/support/capture_stdout.h"
-#include "tests/support/recording_shell.h"
-#include "tests/support/sdl_events.h"
-#include "tests/support/sdl_screen.h"
-#include "tests/support/temp_dir.h"
 #include "toolkit/dir_browser.h"
-#include "toolkit/input.h"
-#include "toolkit/screen.h"
 
 namespace {
 
@@ -34,81 +22,6 @@ public:
         return PlayerWindow::draw();
     }
     int mDraws = 0;
-};
-
-// The player window over the staged skin, videos a.mp4, b.mkv, c.avi, x/, y/ and
-// the stand-in shell; frames go to a texture that keeps alpha, as the UI layer.
-class PlayerWindowTest : public SdlScreenTest {
-protected:
-    void SetUp() override {
-        SdlScreenTest::SetUp();
-        SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
-        mFrame = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
-        ASSERT_EQ(SDL_SetRenderTarget(gRenderer, mFrame), 0) << SDL_GetError();
-        makeDirs(mRoot.at(DEVICE_PATH_PLAYER_DIR));
-        mVideos = mRoot.path() + "/videos";
-        for (const char* name : {"a.mp4", "b.mkv", "c.avi", "x/x1.mp4", "x/x2.mp4", "y/y1.mp4", "y/y2.mp4"})
-            writeFileAtomic(mVideos + "/" + name, "");
-        gUserPath = mVideos;
-        gWinList = &mWindows;
-        char cwd[4096];
-        mOldCwd = getcwd(cwd, sizeof cwd) ? cwd : "/";
-        ASSERT_EQ(chdir(KOVANI_APP_DIR), 0);
-        initDefLang();
-        init_skin();
-    }
-    void TearDown() override {
-        for (KovaniWindow* w : mWindows) delete w;
-        mWindows.clear();
-        gWinList = nullptr;
-        uninit_skin();
-        (void)chdir(mOldCwd.c_str());
-        SDL_SetRenderTarget(gRenderer, nullptr);
-        SDL_DestroyTexture(mFrame);
-        SdlScreenTest::TearDown();
-    }
-    void drawFrame(PlayerWindow& window) {
-        clear(200, 0, 40);  // junk a frame must cover
-        window.draw();
-    }
-    // A player window, loaded and at the bottom of the window list.
-    template <class Window = PlayerWindow>
-    Window* openPlayer() {
-        Window* window = new Window(nullptr, &mShell);
-        mWindows.push_back(window);
-        window->init();
-        for (int i = 0; i < 500 && sLoading; i++) SDL_Delay(10);
-        EXPECT_FALSE(sLoading);
-        return window;
-    }
-    // Plays the entry `downs` rows below the first.
-    void playEntry(PlayerWindow& window, int downs) {
-        for (int i = 0; i < downs; i++) pressKey(window, KEY_DOWN);
-        SDL_Delay(250);  // a second choice within 200 ms would count as a repeat
-        pressKey(window, KEY_A);
-    }
-    // The file the last start line names; started() waits (bounded) for `file`.
-    std::string lastStarted() {
-        std::string last;
-        for (const std::string& line : mShell.lines())
-            if (line.rfind("avworker ", 0) == 0) last = line.substr(9, line.size() - 11);
-        return last;
-    }
-    bool started(const std::string& file) {
-        for (int i = 0; i < 300 && lastStarted() != mVideos + file; i++) SDL_Delay(10);
-        return lastStarted() == mVideos + file;
-    }
-    void reportStatus(const char* state, long duration, long position) {
-        writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_STATUS),
-                        std::string("{\"status\":\"") + state + "\",\"duration\":" + std::to_string(duration) +
-                            ",\"position\":" + std::to_string(position) + "}");
-    }
-
-    SDL_Texture* mFrame = nullptr;  // owned: where the window draws
-    TempDeviceRoot mRoot;
-    RecordingShell mShell;
-    std::vector<KovaniWindow*> mWindows;  // owned; the stack the window pushes popups on
-    std::string mVideos, mOldCwd;
 };
 
 }  // namespace
@@ -180,13 +93,13 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     EXPECT_EQ(mShell.lines().size(), 3u);
 }
 
-// A long name in the title line ends short of the status icons (x 1139 on).
+// A long name in the title line ends short of the status icons (x 1124 on).
 TEST_F(PlayerWindowTest, ALongNameInTheTitleLineEndsLeftOfTheStatusIcons) {
     std::string name;
     for (int i = 0; i < 80; i++) name += "\xe8\xa7\x86";  // U+89C6
     writeFileAtomic(mVideos + "/" + name + ".mp4", "");
     PlayerWindow& window = *openPlayer();
-    const SDL_Rect icons = {1139, 15, 141, 50}, beforeIcons = {1000, 15, 139, 50};
+    const SDL_Rect icons = {1124, 15, 156, 50}, beforeIcons = {1000, 15, 124, 50};
     drawFrame(window);
     const std::vector<Uint32> shortIcons = pixels(icons), shortBefore = pixels(beforeIcons);
     for (int i = 0; i < 5; i++) pressKey(window, KEY_DOWN);  // past x, y, a, b, c
@@ -276,105 +189,14 @@ TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
     EXPECT_EQ(joinLateThreads(0), 0) << "nothing was left to the late joins";
 }
 
-namespace {
-
-void pushCode(int code, Uint32 type = SDL_USEREVENT) {
-    SDL_Event e = {};
-    e.type = type;
-    e.user.code = code;
-    SDL_PushEvent(&e);
-}
-
-// Real time; each time the loop goes idle the next step runs.
-class IdleScript : public FrameClock {
-public:
-    long nowMs() override { return systemms(); }
-    void waitEventMs(long ms) override {
-        SDL_PumpEvents();
-        if (ms > 100 && !SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) && mNext < mSteps.size()) mSteps[mNext++]();
-        SDL_WaitEventTimeout(nullptr, (int)SDL_min(ms, 20L));
-    }
-    std::vector<std::function<void()>> mSteps;
-    size_t mNext = 0;
-};
-
-// The player under the real main loop, in a folder of a.mp4, b.mkv and c.avi.
-class PlayerLoopTest : public PlayerWindowTest {
-protected:
-    void SetUp() override {
-        PlayerWindowTest::SetUp();
-        for (const char* dir : {"/x", "/y"}) std::filesystem::remove_all(mVideos + dir);
-        clearQuitRequest();
-        mCheck = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
-        setFrameClock(&mScript);
-    }
-    void TearDown() override {
-        setFrameClock(nullptr);
-        clearQuitRequest();
-        SDL_DestroyTexture(mCheck);
-        PlayerWindowTest::TearDown();
-    }
-    // The frame on screen against a full redraw of the top window (text blends a little).
-    void expectUpToDate(const std::string& name) {
-        const SDL_Rect all = {0, 0, 1280, 720};
-        const std::vector<Uint32> shown = pixels(all);
-        SDL_SetRenderTarget(gRenderer, mCheck);
-        PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
-        if (player) player->setComposeStatic(false);  // composed parts drawn anew too
-        gWinList->back()->draw();
-        if (player) player->setComposeStatic(true);
-        const std::vector<Uint32> full = pixels(all);
-        SDL_SetRenderTarget(gRenderer, mFrame);
-        int differ = 0;
-        for (size_t i = 0; i < shown.size(); i++)
-            for (int shift = 0; shift < 32; shift += 8)
-                if (abs(int((shown[i] >> shift) & 0xFF) - int((full[i] >> shift) & 0xFF)) > 8) {
-                    differ++;
-                    break;
-                }
-        mChecked++;
-        EXPECT_LE(differ, 50) << name << ": pixels that differ from a full redraw";
-    }
-    // Checks the screen once the loop is idle, then queues `codes` (0: quit).
-    void step(const std::string& name, std::vector<int> codes) {
-        mScript.mSteps.push_back([this, name, codes] {
-            expectUpToDate(name);
-            for (int code : codes) code ? pushCode(code) : pushCode(0, SDL_QUIT);
-        });
-    }
-
-    SDL_Texture* mCheck = nullptr;  // owned
-    IdleScript mScript;
-    size_t mChecked = 0;
-};
-
-}  // namespace
-
-// After each step of a session, once idle, the screen equals a full redraw.
-TEST_F(PlayerLoopTest, EveryIdleScreenEqualsAFullRedraw) {
-    openPlayer();
-    step("browse", {KEY_DOWN});
-    step("cursor-moved", {KEY_A});
-    step("playing", {KEY_START});
-    step("paused", {KEY_START, KEY_SELECT_COIN});
-    step("fullscreen", {KEY_RIGHT});
-    step("fullscreen-panel", {});  // the panel hides by itself 1.5 s later
-    step("panel-hidden", {KEY_B, KEY_MENU_KEY});
-    step("settings", {KEY_A});
-    step("quit-question", {KEY_B});
-    step("back", {0});
-    runWindows(mWindows);
-    EXPECT_EQ(mChecked, mScript.mSteps.size()) << "every step was reached";
-}
-
 // A report draws a frame when the position text changes, none when it stays.
 TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
     CountingPlayer* player = openPlayer<CountingPlayer>();
     const struct { int positionMs, frames; } reports[] = {{1000, 1}, {1400, 0}, {2000, 1}};  // 0:01, 0:01, 0:02
     int before = 0;
-    mScript.mSteps.push_back([] { pushCode(KEY_A); });
+    step(nullptr, {KEY_DOWN, KEY_DOWN, KEY_A});  // a.mp4
     for (size_t i = 0; i <= 3; i++)
-        mScript.mSteps.push_back([&, i] {
+        step([&, i] {
             if (i > 0) {
                 EXPECT_EQ(player->mDraws - before, reports[i - 1].frames) << reports[i - 1].positionMs;
             }
@@ -384,7 +206,6 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
             before = player->mDraws;
             reportStatus("playing", 3600000, reports[i].positionMs);
             EXPECT_TRUE(waitQueued(EVENT_REFRESH)) << reports[i].positionMs;
-        });
-    runWindows(mWindows);
-    EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
+        }, {});
+    run();
 }

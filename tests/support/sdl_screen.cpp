@@ -82,6 +82,14 @@ std::vector<Uint32> SdlScreenTest::pixels(SDL_Rect area) {
     return out;
 }
 
+Picture SdlScreenTest::shot(SDL_Rect area) {
+    Picture picture;
+    picture.w = area.w;
+    picture.h = area.h;
+    picture.argb = pixels(area);
+    return picture;
+}
+
 void SdlScreenTest::clear(Uint8 r, Uint8 g, Uint8 b) {
     SDL_SetRenderDrawColor(gRenderer, r, g, b, 255);
     SDL_RenderClear(gRenderer);
