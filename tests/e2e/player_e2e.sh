@@ -142,6 +142,17 @@ shot_share() {
     read -r share outside < <(/usr/bin/python3 "$(dirname "$0")/clip_colours.py" "$SHOTS/$1.png" "${@:2}")
 }
 at_least() { awk -v a="$1" -v b="$2" 'BEGIN { exit !(a >= b) }'; }
+# shot_until SECONDS WHAT CONDITION NAME X Y W H: screenshots until CONDITION
+# (a test of $share and $outside) holds: the decoder and the interface each
+# take their own time to show a change.
+shot_until() {
+    local end=$((SECONDS + $1)) what=$2 condition=$3
+    shift 3
+    until shot_share "$@" && eval "$condition"; do
+        [ $SECONDS -ge $end ] && fail "$what: share $share, $outside pixels outside the rectangle"
+        sleep 0.2
+    done
+}
 
 # The real decoder's picture (magenta left, blue right) shows only where the
 # interface is transparent.
@@ -154,23 +165,19 @@ video_plane() {
     DECODER=$APP
     start_player -d "$VIDS"
     press Down space  # pattern.mp4
-    wait_for 15 "the decoder to play" grep -q '"playing"' "$STATUS"
-    sleep 1.5
-    shot_share plane-1-windowed 650 85 610 360
-    at_least "$share" 0.85 || fail "the picture does not fill the video rectangle: $share"
-    [ "$outside" -eq 0 ] || fail "$outside pixels of the picture outside the video rectangle"
+    wait_for 30 "the decoder to play" grep -q '"playing"' "$STATUS"
+    shot_until 15 "the picture does not fill the video rectangle alone" \
+        'at_least "$share" 0.85 && [ "$outside" -eq 0 ]' plane-1-windowed 650 85 610 360
 
     press Escape
-    sleep 0.5
-    shot_share plane-2-settings 0 0 1280 720
-    [ "$share" = "0.000" ] || fail "the picture shows through the settings popup: $share"
+    shot_until 10 "the picture shows through the settings popup" '[ "$share" = "0.000" ]' \
+        plane-2-settings 0 0 1280 720
     press Control_L
 
     press "$SELECT"
     wait_for 5 "fullscreen" cmd_is "win 0 0 1280 720"
-    sleep 2.5  # the panel hides by itself
-    shot_share plane-3-fullscreen 0 0 1280 720
-    at_least "$share" 0.97 || fail "the picture does not fill the screen: $share"
+    # Until the panel hides by itself.
+    shot_until 15 "the picture does not fill the screen" 'at_least "$share" 0.97' plane-3-fullscreen 0 0 1280 720
     press Control_L
     wait_for 5 "windowed again" cmd_is "win 650 85 610 360"
 
