@@ -2,12 +2,12 @@
 // tests/reference (./kovani references writes them anew; look at each).
 
 #include <gtest/gtest.h>
-#include <stdio.h>
 
 #include <memory>
 #include <string>
 
 #include "tests/player/player_window_fixture.h"
+#include "tests/support/connected_wpa_shell.h"
 #include "tests/support/fake_process.h"
 #include "tests/support/reference_image.h"
 #include "toolkit/shared_skin.h"
@@ -89,26 +89,6 @@ TEST_F(PlayerScreens, TheChineseInterface) {
 
 namespace {
 
-// Answers the Wi-Fi monitor's two wpa_cli commands as a supplicant that is
-// connected at `mRssi` dBm would.
-class ConnectedShell : public WpaShell {
-public:
-    bool supplicantRunning() override { return true; }
-    int run(const char* command, const StopFlag&) override {
-        const std::string cmd = command;
-        const bool signal = cmd.find(">> ") != std::string::npos;
-        FILE* f = fopen(cmd.substr(cmd.rfind(' ') + 1).c_str(), signal ? "a" : "w");
-        if (!f) return 2 << 8;
-        if (signal)
-            fprintf(f, "RSSI=%d\nLINKSPEED=72\n", mRssi.load());
-        else
-            fputs("ssid=HomeNet\nwpa_state=COMPLETED\nip_address=10.0.0.2\n", f);
-        fclose(f);
-        return 0;
-    }
-    std::atomic<int> mRssi{0};
-};
-
 class BarWindow : public KovaniWindow {
 public:
     BarWindow() : KovaniWindow(STRING_MEDIAPLAYER, 0) {}
@@ -149,7 +129,7 @@ protected:
         EXPECT_TRUE(matchesReference("bar-" + name, shot({880, 0, 400, 80})));
     }
 
-    ConnectedShell mWifi;
+    ConnectedWpaShell mWifi;
 };
 
 }  // namespace
@@ -180,9 +160,7 @@ TEST_F(BarScreens, EachStateOfTheStatusBar) {
     FakeProcess supplicant("wpa_supplicant");
     ASSERT_EQ(wifi_monitor_start(&mWifi, 20), 0);
     for (int rssi : {-70, -80, -81}) {
-        mWifi.mRssi = rssi;
-        for (int i = 0; i < 500 && rx_copy_wpa_msg().rssi != rssi; i++) SDL_Delay(10);
-        ASSERT_EQ(rx_copy_wpa_msg().rssi, rssi);
+        ASSERT_TRUE(mWifi.publish(rssi));
         expectBars("wifi" + std::to_string(rssi));
     }
 }

@@ -7,8 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "player/player_setting_window.h"
 #include "tests/player/player_window_fixture.h"
 #include "tests/support/capture_stdout.h"
+#include "toolkit/dialog_window.h"
 #include "toolkit/dir_browser.h"
 
 namespace {
@@ -208,4 +210,100 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
             EXPECT_TRUE(waitQueued(EVENT_REFRESH)) << reports[i].positionMs;
         }, {});
     run();
+}
+
+// Keys while a video plays, each with the decoder commands it sends; then
+// the quit question, whose OK stops the decoder and keeps the folder.
+TEST_F(PlayerWindowTest, KeysTable) {
+    PlayerWindow& window = *openPlayer();
+    const struct {
+        int key;
+        std::vector<std::string> sent;
+        bool playing, fullscreen;
+        const char* file;
+    } rows[] = {
+        {KEY_A, {"win 650 85 610 360", "play"}, true, false, "/a.mp4"},
+        {KEY_START, {"pause"}, false, false, "/a.mp4"},
+        {KEY_RIGHT, {}, false, false, "/a.mp4"},
+        {KEY_START, {"play"}, true, false, "/a.mp4"},
+        {KEY_RIGHT, {"fastforward"}, true, false, "/a.mp4"},
+        {KEY_LEFT, {"rewind"}, true, false, "/a.mp4"},
+        {KEY_Y, {}, true, false, "/a.mp4"},
+        {KEY_SELECT_COIN, {"win 0 0 1280 720"}, true, true, "/a.mp4"},
+        {KEY_A, {}, true, true, "/a.mp4"},
+        {KEY_B, {"win 650 85 610 360"}, true, false, "/a.mp4"},
+        {KEY_HOTKEY2, {"win 650 85 610 360", "play"}, true, false, "/b.mkv"},
+        {KEY_HOTKEY1, {"win 650 85 610 360", "play"}, true, false, "/a.mp4"},
+        {KEY_HOTKEY1, {}, false, false, "/a.mp4"},
+    };
+    for (int i = 0; i < 2; i++) pressKey(window, KEY_DOWN);  // x, y, a.mp4
+    size_t before = 0;
+    for (const auto& row : rows) {
+        pressKey(window, row.key);
+        const size_t want = before + row.sent.size();
+        for (int i = 0; i < 1000 && commands().size() < want; i++) SDL_Delay(10);
+        const std::vector<std::string> all = commands();
+        EXPECT_EQ(std::vector<std::string>(all.begin() + std::min(before, all.size()), all.end()), row.sent)
+            << "key " << row.key;
+        before = all.size();
+        EXPECT_EQ(window.isPlaying(), row.playing) << "key " << row.key;
+        EXPECT_EQ(window.isFullscreen(), row.fullscreen) << "key " << row.key;
+        EXPECT_TRUE(started(row.file)) << "key " << row.key;
+    }
+
+    pressKey(window, KEY_B);  // back in the top folder
+    ASSERT_TRUE(gPopupList.size() == 1 || mWindows.size() == 2);
+    KovaniWindow* question = gPopupList.empty() ? mWindows.back() : gPopupList.back();
+    ASSERT_NE(dynamic_cast<DialogWindow*>(question), nullptr);
+    gSavedDir.clear();
+    EXPECT_EQ(pressKey(*question, KEY_A), WINDOW_QUIT);
+    EXPECT_EQ(gSavedDir, mVideos);
+    for (int i = 0; i < 1000 && mShell.lines().back() != "killall avworker"; i++) SDL_Delay(10);
+    EXPECT_EQ(mShell.lines().back(), "killall avworker");
+    if (!gPopupList.empty()) {
+        delete gPopupList.back();
+        gPopupList.clear();
+    }
+}
+
+// The settings popup's rows: UP and DOWN move between Quit, the aspect
+// ratio and the audio track, wrapping; LEFT and RIGHT change the focused
+// value, the ratio round a circle, the track within its bounds.
+TEST_F(PlayerWindowTest, SettingRowsTable) {
+    const struct {
+        int tracks;
+        std::vector<int> keys;
+        int ratio, track, result;
+    } rows[] = {
+        {3, {KEY_RIGHT, KEY_LEFT}, RATIO_DEFAULT, 0, -1},
+        {3, {KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1},
+        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT}, RATIO16_9, 0, -1},
+        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 0, -1},
+        {3, {KEY_DOWN, KEY_LEFT}, RATIO16_9, 0, -1},
+        {3, {KEY_DOWN, KEY_LEFT, KEY_LEFT}, RATIO4_3, 0, -1},
+        {3, {KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1},
+        {3, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 1, -1},
+        {3, {KEY_UP, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 2, -1},
+        {3, {KEY_UP, KEY_RIGHT, KEY_LEFT, KEY_LEFT}, RATIO_DEFAULT, 0, -1},
+        {1, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 0, -1},
+        {3, {KEY_A}, RATIO_DEFAULT, 0, WINDOW_CLOSE_LAST},
+        {3, {KEY_B}, RATIO_DEFAULT, 0, WINDOW_CLOSE},
+        {3, {KEY_X}, RATIO_DEFAULT, 0, WINDOW_CLOSE},
+        {3, {KEY_MENU_KEY}, RATIO_DEFAULT, 0, KEY_MENU_KEY},
+    };
+    KovaniPlayer player(nullptr, &mShell);
+    for (const auto& row : rows) {
+        const std::string name = std::to_string(row.keys.size()) + " keys from " + std::to_string(row.keys[0]);
+        player.infoNotifyer(0, 0, row.tracks);
+        gPlayerAspectRatio = RATIO_DEFAULT;
+        PlayerSettingWindow settings(&player, mVideos.c_str(), false);
+        int result = 0;
+        for (int key : row.keys) result = pressKey(settings, key);
+        EXPECT_EQ(result, row.result) << name;
+        EXPECT_EQ(gPlayerAspectRatio, row.ratio) << name;
+        EXPECT_EQ(gAudioTrack, row.track) << name;
+        EXPECT_EQ(gPopupList.size(), row.result == WINDOW_CLOSE_LAST ? 1u : 0u) << "the quit question, " << name;
+        for (KovaniWindow* w : gPopupList) delete w;
+        gPopupList.clear();
+    }
 }

@@ -4,9 +4,12 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/device_paths.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/key_repeat.h"
@@ -40,6 +43,22 @@ SDL_Event hat(int value) {
     return e;
 }
 
+// Both clocks as a test sets them: the repeat thread reads mThreadMs, the
+// test's own thread (which presses keys) mPressMs.
+class SteppedClock : public ClockSource {
+public:
+    long monotonicMs() override { return now(); }
+    long wallMs() override { return now(); }
+    long now() {
+        if (std::this_thread::get_id() == mTestThread) return mPressMs;
+        mThreadReads++;
+        return mThreadMs;
+    }
+    const std::thread::id mTestThread = std::this_thread::get_id();
+    std::atomic<long> mPressMs{1000000}, mThreadMs{1000000};
+    std::atomic<int> mThreadReads{0};
+};
+
 // Named runs of events, each with the code it must give.
 typedef std::vector<std::pair<const char*, std::vector<std::pair<SDL_Event, int>>>> Sequences;
 
@@ -60,6 +79,7 @@ protected:
     }
     void TearDown() override {
         stop_repeat_thread();
+        setClockSource(nullptr);
         closeJoyStick();
         SDL_Quit();
     }
@@ -85,6 +105,7 @@ protected:
     }
 
     TempDeviceRoot mRoot;  // keeps the input markers away from the real ones
+    SteppedClock mClock;   // installed by a test that needs it
 };
 
 }  // namespace
@@ -109,4 +130,37 @@ TEST_F(InputTest, KeysActOnReleaseAndStartAndSelectCombinationsSwallowTheirKeys)
           {{button(PAD_START, DOWN), KEY_NONE}, {button(PAD_L, DOWN), KEY_NONE},
            {button(PAD_SELECT, DOWN), KEY_NONE}, {button(PAD_SELECT, UP), KEY_NONE},
            {button(PAD_START, UP), KEY_NONE}, {button(PAD_SELECT, UP), KEY_SELECT_COIN}}}});
+}
+
+// A held direction repeats first more than 500 ms after its press, then at
+// each wake-up of the repeat thread (about every 100 ms) until released;
+// other keys never repeat.
+TEST_F(InputTest, KeyRepeatTable) {
+    setClockSource(&mClock);
+    ASSERT_EQ(start_repeat_thread(), 0);
+    SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
+    const struct { long afterPressMs; int repeats; bool release; } rows[] = {
+        {0, 0, false}, {300, 0, false}, {500, 0, false}, {501, 1, false}, {501, 0, false},
+        {601, 1, false}, {701, 1, false}, {801, 0, true}, {2000, 0, false},
+    };
+    update_repeat_key(KEY_UP);
+    update_repeat_key(KEY_B);
+    for (const auto& row : rows) {
+        if (row.release) reset_repeat_key();
+        mClock.mThreadMs = mClock.mPressMs + row.afterPressMs;
+        // Once the thread has read the new time, a press waits for the lock
+        // it holds while it posts.
+        const int reads = mClock.mThreadReads;
+        for (int i = 0; i < 300 && mClock.mThreadReads == reads; i++) SDL_Delay(10);
+        update_repeat_key(KEY_A);
+        SDL_PumpEvents();
+        SDL_Event events[16];
+        const int n = SDL_PeepEvents(events, 16, SDL_GETEVENT, SDL_USEREVENT, SDL_USEREVENT);
+        int repeats = 0;
+        for (int i = 0; i < n; i++) {
+            EXPECT_EQ(events[i].user.code, KEY_UP) << row.afterPressMs;
+            repeats += events[i].user.code == KEY_UP;
+        }
+        EXPECT_EQ(repeats, row.repeats) << row.afterPressMs << " ms after the press";
+    }
 }

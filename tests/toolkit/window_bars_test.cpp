@@ -1,16 +1,15 @@
 #include "toolkit/window_bars.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
 #include <stdio.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <memory>
 #include <string>
 
 #include "platform/device_paths.h"
+#include "tests/support/connected_wpa_shell.h"
+#include "tests/support/fake_process.h"
 #include "tests/support/sdl_screen.h"
 #include "tests/support/temp_dir.h"
 #include "toolkit/lang.h"
@@ -19,8 +18,6 @@
 #include "toolkit/system_state.h"
 #include "toolkit/window.h"
 
-extern char** environ;
-
 namespace {
 
 const SDL_Color kBackground = {20, 20, 60, 255};
@@ -28,25 +25,13 @@ const SDL_Color kJunk = {200, 0, 0, 255};
 
 // Every status icon, 20 x 20 in a colour of its own.
 const struct { const char* name; SDL_Color color; } kIcons[] = {
-    {"skin/ic-batery-75%.png", {0, 160, 0, 255}},      {"skin/ic-sound-n.png", {0, 0, 250, 255}},
-    {"skin/ic-sound-mute.png", {0, 0, 150, 255}},
+    {"skin/ic-batery-100%.png", {0, 200, 0, 255}},  {"skin/ic-batery-75%.png", {0, 160, 0, 255}},
+    {"skin/ic-batery-50%.png", {0, 120, 0, 255}},   {"skin/ic-batery-25%.png", {0, 80, 0, 255}},
+    {"skin/ic-batery-0%.png", {0, 40, 0, 255}},     {"skin/ic-charging.png", {200, 200, 0, 255}},
+    {"skin/ic-sound-n.png", {0, 0, 250, 255}},      {"skin/ic-sound-mute.png", {0, 0, 150, 255}},
+    {"skin/ic-wifi-03.png", {0, 200, 200, 255}},    {"skin/ic-wifi-02.png", {0, 140, 140, 255}},
+    {"skin/ic-wifi-01.png", {0, 80, 80, 255}},
     {"skin/icon-bluetooth-headphone.png", {250, 0, 250, 255}}, {"skin/icon-hotspot.png", {250, 130, 0, 255}},
-};
-
-// A process the process table shows under `name`, until destroyed.
-class FakeProcess {
-public:
-    explicit FakeProcess(const char* name) {
-        char* argv[] = {const_cast<char*>(name), const_cast<char*>("60"), nullptr};
-        if (posix_spawn(&mPid, "/bin/sleep", nullptr, nullptr, argv, environ) != 0) mPid = -1;
-        for (int i = 0; i < 200 && mPid > 0 && check_process_exist(name) != mPid; i++) usleep(10 * 1000);
-    }
-    ~FakeProcess() {
-        if (mPid <= 0) return;
-        kill(mPid, SIGKILL);
-        waitpid(mPid, nullptr, 0);
-    }
-    pid_t mPid = -1;
 };
 
 class BarWindow : public KovaniWindow {
@@ -156,4 +141,51 @@ TEST_F(BarsTest, ALongTitleEndsLeftOfTheStatusIcons) {
     }
     gNavColorTxt = oldText;
     gNavColorIcon = oldIcon;
+}
+
+// Which icon each battery level and Wi-Fi signal shows, on both sides of
+// every threshold; the plug while the supply is online or the battery says
+// it charges.
+TEST_F(BarsTest, IconThresholdTable) {
+    BarWindow window;
+    const struct { const char* capacity; const char* usb; const char* status; const char* battery; bool plug; } rows[] = {
+        {"100", "0", "Discharging", "skin/ic-batery-100%.png", false},
+        {"80", "0", "Discharging", "skin/ic-batery-100%.png", false},
+        {"79", "0", "Discharging", "skin/ic-batery-75%.png", false},
+        {"50", "0", "Discharging", "skin/ic-batery-75%.png", false},
+        {"49", "0", "Discharging", "skin/ic-batery-50%.png", false},
+        {"25", "0", "Discharging", "skin/ic-batery-50%.png", false},
+        {"24", "0", "Discharging", "skin/ic-batery-25%.png", false},
+        {"5", "0", "Discharging", "skin/ic-batery-25%.png", false},
+        {"4", "0", "Discharging", "skin/ic-batery-0%.png", false},
+        {"0", "0", "Discharging", "skin/ic-batery-0%.png", false},
+        {"57", "1", "Discharging", "skin/ic-batery-75%.png", true},
+        {"57", "0", "Charging", "skin/ic-batery-75%.png", true},
+    };
+    for (const auto& row : rows) {
+        writeFileAtomic(mRoot.at(DEVICE_PATH_BATTERY_CAPACITY), row.capacity);
+        writeFileAtomic(mRoot.at(DEVICE_PATH_USB_ONLINE), row.usb);
+        writeFileAtomic(mRoot.at(DEVICE_PATH_BATTERY_STATUS), row.status);
+        invalidateBarStatus();
+        clear(kJunk.r, kJunk.g, kJunk.b);
+        window.drawNavBar(0);
+        EXPECT_EQ(iconAt(row.plug ? 1205 : 1223), row.battery) << row.capacity;
+        EXPECT_EQ(iconAt(1240), row.plug ? "skin/ic-charging.png" : "clean") << row.capacity;
+    }
+    writeFileAtomic(mRoot.at(DEVICE_PATH_BATTERY_STATUS), "Discharging");
+    FakeProcess supplicant("wpa_supplicant");
+    ConnectedWpaShell wifi;
+    ASSERT_EQ(wifi_monitor_start(&wifi, 20), 0);
+    const struct { int rssi; const char* icon; } signals[] = {
+        {127, "skin/ic-wifi-03.png"}, {-70, "skin/ic-wifi-03.png"}, {-71, "skin/ic-wifi-02.png"},
+        {-80, "skin/ic-wifi-02.png"}, {-81, "skin/ic-wifi-01.png"}, {-200, "skin/ic-wifi-01.png"},
+    };
+    for (const auto& s : signals) {
+        ASSERT_TRUE(wifi.publish(s.rssi));
+        invalidateBarStatus();
+        clear(kJunk.r, kJunk.g, kJunk.b);
+        window.drawNavBar(0);
+        EXPECT_EQ(iconAt(1082), s.icon) << s.rssi;
+    }
+    rx_wifi_monitor_stop();
 }
