@@ -54,8 +54,13 @@ protected:
 }  // namespace
 
 // A session: browse, play, move on, pause, fullscreen with and without its
-// panel, the settings for each ratio, the picture at 4:3, the quit question.
+// panel, the settings for each ratio, the picture at 4:3, the quit question,
+// the list scrolled to its end, onto a long name.
 TEST_F(PlayerScreens, EachScreenOfASession) {
+    // The last, a long name, is cut short in the list and in the title line.
+    for (const char* name : {"d.mp4", "e.mp4", "f.mp4", "g.mp4",
+                             "\xe8\xa7\x86\xe9\xa2\x91 by the sea, the whole long afternoon with all who came along and stayed on into the night.mp4"})
+        writeFileAtomic(mVideos + "/" + name, "");
     PlayerWindow* player = openPlayer();
     step(nullptr, {KEY_DOWN, KEY_DOWN});  // x, y, a.mp4
     looks("browser", kNone, {KEY_A});
@@ -73,7 +78,8 @@ TEST_F(PlayerScreens, EachScreenOfASession) {
     looks("settings-4-3", kWindowed, {KEY_RIGHT});
     looks("settings-16-9", kWindowed, {KEY_LEFT, KEY_B});
     looks("playing-4-3", {715, 85, 480, 360}, {KEY_B});
-    looks("quit-question", {715, 85, 480, 360}, {KEY_B, 0});
+    looks("quit-question", {715, 85, 480, 360}, {KEY_B, KEY_UP, KEY_UP, KEY_UP, KEY_UP});
+    looks("scrolled-to-the-end", {715, 85, 480, 360}, {0});
     run();
 }
 

@@ -95,21 +95,6 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     EXPECT_EQ(mShell.lines().size(), 3u);
 }
 
-// A long name in the title line ends short of the status icons (x 1124 on).
-TEST_F(PlayerWindowTest, ALongNameInTheTitleLineEndsLeftOfTheStatusIcons) {
-    std::string name;
-    for (int i = 0; i < 80; i++) name += "\xe8\xa7\x86";  // U+89C6
-    writeFileAtomic(mVideos + "/" + name + ".mp4", "");
-    PlayerWindow& window = *openPlayer();
-    const SDL_Rect icons = {1124, 15, 156, 50}, beforeIcons = {1000, 15, 124, 50};
-    drawFrame(window);
-    const std::vector<Uint32> shortIcons = pixels(icons), shortBefore = pixels(beforeIcons);
-    for (int i = 0; i < 5; i++) pressKey(window, KEY_DOWN);  // past x, y, a, b, c
-    drawFrame(window);
-    EXPECT_TRUE(pixels(icons) == shortIcons);
-    EXPECT_FALSE(pixels(beforeIcons) == shortBefore) << "the name uses the room up to them";
-}
-
 // Playing x/x1.mp4, then browsing into y: play-on stays in x.
 TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     PlayerWindow& window = *openPlayer();

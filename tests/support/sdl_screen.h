@@ -27,10 +27,6 @@ protected:
     TTF_Font* font(int size);
     // The temporary working folder, ending in '/'.
     const std::string& dir() const { return mDir; }
-    // Smallest rectangle of `area` holding every pixel that differs from
-    // `background` (inkBounds) or is `color` (colorBounds); w = 0 for none.
-    SDL_Rect inkBounds(SDL_Color background, SDL_Rect area = {0, 0, 1280, 720});
-    SDL_Rect colorBounds(SDL_Color color, SDL_Rect area = {0, 0, 1280, 720});
 
 private:
     std::vector<TTF_Font*> mFonts;

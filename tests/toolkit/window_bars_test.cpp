@@ -4,7 +4,6 @@
 #include <stdio.h>
 #include <unistd.h>
 
-#include <memory>
 #include <string>
 
 #include "platform/device_paths.h"
@@ -37,7 +36,6 @@ const struct { const char* name; SDL_Color color; } kIcons[] = {
 class BarWindow : public KovaniWindow {
 public:
     BarWindow() : KovaniWindow(STRING_MENU, 0) {}
-    const char* getTitle() override { return mTitle ? mTitle : KovaniWindow::getTitle(); }
     int eventHandling() override { return 0; }
     int draw() override { return 0; }
     void quit() override {}
@@ -45,7 +43,6 @@ public:
     void saveState(cJSON*) override {}
     int restoreState(cJSON*) override { return 0; }
     void refresh() override {}
-    const char* mTitle = nullptr;  // not owned; null: the title string id's text
 };
 
 class BarsTest : public SdlScreenTest {
@@ -75,9 +72,6 @@ protected:
         SdlScreenTest::TearDown();
     }
 
-    // Makes or removes an empty marker file.
-    void setMarker(int id, bool on) { on ? writeFileAtomic(mRoot.at(id), "") : (void)remove(mRoot.at(id).c_str()); }
-
     // The icon in the status slot at x of a bar at y, or "clean" / "junk".
     std::string iconAt(int x, int y = 0) {
         const SDL_Color c = pixel(x + 16, y + 19 + 16);
@@ -92,56 +86,6 @@ protected:
 };
 
 }  // namespace
-
-TEST_F(BarsTest, NavBarLaysIconsLeftwardsFromTheBatteryGroup) {
-    BarWindow window;
-    // Leftwards of sound, 42 px apart: Bluetooth audio, hotspot, headphone
-    // markers; the slot after the last is cleaned, the next left alone.
-    const char* const bt = "skin/icon-bluetooth-headphone.png";
-    const struct { bool audio, markers, hotspot; int volume; const char* slots[3]; int used; } cases[] = {
-        {false, false, false, 10, {"clean", "junk", "junk"}, 141},
-        {false, true, false, 0, {bt, "junk", "junk"}, 183},
-        {true, false, false, 10, {bt, "clean", "junk"}, 183},
-        {true, true, true, 10, {bt, "skin/icon-hotspot.png", bt}, 267},
-    };
-    for (const auto& c : cases) {
-        const std::string name = std::to_string(c.used);
-        setMarker(DEVICE_PATH_BT_READY, c.markers);  // with the address file, a headphone
-        setMarker(DEVICE_PATH_BT_AUDIO, c.audio);
-        std::unique_ptr<FakeProcess> hostapd(c.hotspot ? new FakeProcess("hostapd") : nullptr);
-        SetKeyShm(&gShmInfo, MONITOR_VOLUME, c.volume);
-        invalidateBarStatus();
-        clear(kJunk.r, kJunk.g, kJunk.b);
-        EXPECT_EQ(window.drawNavBar(30), c.used) << name;
-        EXPECT_EQ(iconAt(1223, 30), "skin/ic-batery-75%.png");
-        EXPECT_EQ(iconAt(1124, 30), c.volume ? "skin/ic-sound-n.png" : "skin/ic-sound-mute.png");
-        for (int i = 0; i < 3; i++) EXPECT_EQ(iconAt(1082 - 42 * i, 30), c.slots[i]) << name << " slot " << i;
-        EXPECT_GT(inkBounds(kJunk, {100, 40, 400, 50}).w, 0) << "title drawn";
-    }
-}
-
-// A long title ends short of the leftmost icon and uses the room up to it.
-TEST_F(BarsTest, ALongTitleEndsLeftOfTheStatusIcons) {
-    const SDL_Color white = {255, 255, 255, 255}, oldText = gNavColorTxt, oldIcon = gNavColorIcon;
-    gNavColorTxt = white;
-    gNavColorIcon = {0, 0, 1, 255};
-    BarWindow window;
-    std::string title;
-    for (int i = 0; i < 40; i++) title += "Video ";
-    window.mTitle = title.c_str();
-    // The leftmost icon: the sound icon, or two Bluetooth icons further.
-    for (int icons : {1124, 1040}) {
-        for (int id : {DEVICE_PATH_BT_READY, DEVICE_PATH_BT_AUDIO}) setMarker(id, icons == 1040);
-        invalidateBarStatus();
-        clear(kJunk.r, kJunk.g, kJunk.b);
-        EXPECT_EQ(window.drawNavBar(0), 1223 + 42 - icons);
-        EXPECT_EQ(colorBounds(white, {icons, 0, 1280 - icons, 80}).w, 0) << icons;
-        const SDL_Rect drawn = colorBounds(white, {0, 0, icons, 80});
-        EXPECT_GT(drawn.x + drawn.w, icons - 60) << icons;
-    }
-    gNavColorTxt = oldText;
-    gNavColorIcon = oldIcon;
-}
 
 // Which icon each battery level and Wi-Fi signal shows, on both sides of
 // every threshold; the plug while the supply is online or the battery says
