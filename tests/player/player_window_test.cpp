@@ -261,40 +261,54 @@ TEST_F(PlayerWindowTest, KeysTable) {
 
 // The settings popup's rows: UP and DOWN move between Quit, the aspect
 // ratio and the audio track, wrapping; LEFT and RIGHT change the focused
-// value, the ratio round a circle, the track within its bounds.
+// value, the ratio round a circle, the track within its bounds. Closing the
+// popup sends what changed, and nothing when nothing did.
 TEST_F(PlayerWindowTest, SettingRowsTable) {
+    const char* const k43 = "win 715 85 480 360";
+    const char* const k169 = "win 650 93 610 343";
     const struct {
         int tracks;
         std::vector<int> keys;
         int ratio, track, result;
+        const char* sent;
     } rows[] = {
-        {3, {KEY_RIGHT, KEY_LEFT}, RATIO_DEFAULT, 0, -1},
-        {3, {KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1},
-        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT}, RATIO16_9, 0, -1},
-        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 0, -1},
-        {3, {KEY_DOWN, KEY_LEFT}, RATIO16_9, 0, -1},
-        {3, {KEY_DOWN, KEY_LEFT, KEY_LEFT}, RATIO4_3, 0, -1},
-        {3, {KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1},
-        {3, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 1, -1},
-        {3, {KEY_UP, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 2, -1},
-        {3, {KEY_UP, KEY_RIGHT, KEY_LEFT, KEY_LEFT}, RATIO_DEFAULT, 0, -1},
-        {1, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 0, -1},
-        {3, {KEY_A}, RATIO_DEFAULT, 0, WINDOW_CLOSE_LAST},
-        {3, {KEY_B}, RATIO_DEFAULT, 0, WINDOW_CLOSE},
-        {3, {KEY_X}, RATIO_DEFAULT, 0, WINDOW_CLOSE},
-        {3, {KEY_MENU_KEY}, RATIO_DEFAULT, 0, KEY_MENU_KEY},
+        {3, {KEY_RIGHT, KEY_LEFT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {3, {KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1, k43},
+        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT}, RATIO16_9, 0, -1, k169},
+        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {3, {KEY_DOWN, KEY_LEFT}, RATIO16_9, 0, -1, k169},
+        {3, {KEY_DOWN, KEY_LEFT, KEY_LEFT}, RATIO4_3, 0, -1, k43},
+        {3, {KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1, k43},
+        {3, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 1, -1, "audiotrack 1"},
+        {3, {KEY_UP, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 2, -1, "audiotrack 2"},
+        {3, {KEY_UP, KEY_RIGHT, KEY_LEFT, KEY_LEFT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {1, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {3, {KEY_A}, RATIO_DEFAULT, 0, WINDOW_CLOSE_LAST, nullptr},
+        {3, {KEY_B}, RATIO_DEFAULT, 0, WINDOW_CLOSE, nullptr},
+        {3, {KEY_X}, RATIO_DEFAULT, 0, WINDOW_CLOSE, nullptr},
+        {3, {KEY_MENU_KEY}, RATIO_DEFAULT, 0, KEY_MENU_KEY, nullptr},
     };
     KovaniPlayer player(nullptr, &mShell);
+    player.setUrl("/v/a.mp4");
+    ASSERT_EQ(player.prepare(), 0);
     for (const auto& row : rows) {
         const std::string name = std::to_string(row.keys.size()) + " keys from " + std::to_string(row.keys[0]);
         player.infoNotifyer(0, 0, row.tracks);
         gPlayerAspectRatio = RATIO_DEFAULT;
-        PlayerSettingWindow settings(&player, mVideos.c_str(), false);
-        int result = 0;
-        for (int key : row.keys) result = pressKey(settings, key);
-        EXPECT_EQ(result, row.result) << name;
-        EXPECT_EQ(gPlayerAspectRatio, row.ratio) << name;
-        EXPECT_EQ(gAudioTrack, row.track) << name;
+        const size_t before = commands().size();
+        {
+            PlayerSettingWindow settings(&player, mVideos.c_str(), false);
+            int result = 0;
+            for (int key : row.keys) result = pressKey(settings, key);
+            EXPECT_EQ(result, row.result) << name;
+            EXPECT_EQ(gPlayerAspectRatio, row.ratio) << name;
+            EXPECT_EQ(gAudioTrack, row.track) << name;
+        }
+        ASSERT_TRUE(player.waitIdle(10000));
+        const std::vector<std::string> all = commands();
+        EXPECT_EQ(std::vector<std::string>(all.begin() + before, all.end()),
+                  row.sent ? std::vector<std::string>{row.sent} : std::vector<std::string>{})
+            << "sent on closing, " << name;
         EXPECT_EQ(gPopupList.size(), row.result == WINDOW_CLOSE_LAST ? 1u : 0u) << "the quit question, " << name;
         for (KovaniWindow* w : gPopupList) delete w;
         gPopupList.clear();
