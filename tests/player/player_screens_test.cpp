@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 #include "tests/player/player_window_fixture.h"
@@ -58,8 +57,9 @@ protected:
 // the list scrolled to its end, onto a long name.
 TEST_F(PlayerScreens, EachScreenOfASession) {
     // The last, a long name, is cut short in the list and in the title line.
-    for (const char* name : {"d.mp4", "e.mp4", "f.mp4", "g.mp4",
-                             "\xe8\xa7\x86\xe9\xa2\x91 by the sea, the whole long afternoon with all who came along and stayed on into the night.mp4"})
+    const std::string longName = "\xe8\xa7\x86\xe9\xa2\x91 by the sea, the whole long afternoon with all who "
+                                 "came along and stayed on into the night.mp4";
+    for (const char* name : {"d.mp4", "e.mp4", "f.mp4", "g.mp4", longName.c_str()})
         writeFileAtomic(mVideos + "/" + name, "");
     PlayerWindow* player = openPlayer();
     step(nullptr, {KEY_DOWN, KEY_DOWN});  // x, y, a.mp4
@@ -127,7 +127,7 @@ protected:
     void setFile(int id, const char* text) {
         text ? writeFileAtomic(mRoot.at(id), text) : (void)remove(mRoot.at(id).c_str());
     }
-    // The top bar's status icons and the bottom bar's tips as drawn now.
+    // The status icons of the top bar as drawn now.
     void expectBars(const std::string& name) {
         invalidateBarStatus();
         BarWindow window;
