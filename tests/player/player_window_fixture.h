@@ -146,7 +146,7 @@ inline void pushCode(int code, Uint32 type = SDL_USEREVENT) {
 
 // Real time; the script's steps run one by one as the loop goes idle: on
 // the second idle wait in a row at which the next step is ready, when the
-// loop has drawn all it had to. A loop still running after a minute is ended.
+// loop has drawn all it had to. A loop still running after 200 s is ended.
 class IdleScript : public FrameClock {
 public:
     struct Step {
@@ -174,7 +174,7 @@ public:
     std::vector<Step> mSteps;
     size_t mNext = 0;
     int mIdleWaits = 0;
-    const long mDeadline = systemms() + 60000;
+    const long mDeadline = systemms() + 200000;
 };
 
 // The player under the real main loop.
