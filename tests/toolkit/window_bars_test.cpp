@@ -92,7 +92,10 @@ protected:
 // it charges.
 TEST_F(BarsTest, IconThresholdTable) {
     BarWindow window;
-    const struct { const char* capacity; const char* usb; const char* status; const char* battery; bool plug; } rows[] = {
+    const struct {
+        const char *capacity, *usb, *status, *battery;
+        bool plug;
+    } rows[] = {
         {"100", "0", "Discharging", "skin/ic-batery-100%.png", false},
         {"80", "0", "Discharging", "skin/ic-batery-100%.png", false},
         {"79", "0", "Discharging", "skin/ic-batery-75%.png", false},
