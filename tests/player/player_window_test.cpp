@@ -317,21 +317,28 @@ TEST_F(PlayerWindowTest, SettingRowsTable) {
 
 namespace {
 
-// Both clocks at mNow, wherever they are read, while the object lives.
+// Both clocks at mNow, wherever they are read; installed while a guard
+// lives. It lives as long as the process, so that no thread of a window the
+// test left outlasts it.
 class StoppedClock : public ClockSource {
 public:
-    StoppedClock() { setClockSource(this); }
-    ~StoppedClock() override { setClockSource(nullptr); }
     long monotonicMs() override { return mNow; }
     long wallMs() override { return mNow; }
     std::atomic<long> mNow{5000000};
+};
+StoppedClock sStoppedClock;
+
+struct StoppedClockInstalled {
+    StoppedClockInstalled() { setClockSource(&sStoppedClock); }
+    ~StoppedClockInstalled() { setClockSource(nullptr); }
 };
 
 }  // namespace
 
 // In fullscreen the panel shows for 1.5 s after the last key that asks for it.
 TEST_F(PlayerWindowTest, TheFullscreenPanelHidesOneAndAHalfSecondsAfterTheLastKey) {
-    StoppedClock clock;
+    StoppedClockInstalled installed;
+    StoppedClock& clock = sStoppedClock;
     PlayerWindow& window = *openPlayer();
     for (int key : {KEY_DOWN, KEY_DOWN, KEY_A, KEY_SELECT_COIN}) pressKey(window, key);
     ASSERT_TRUE(window.isFullscreen());
