@@ -1,9 +1,7 @@
 #include "platform/video_plane.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <string.h>
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <functional>
@@ -143,42 +141,4 @@ TEST_F(VideoPlaneTest, ACopyOverrunByTheDecoderIsTakenAgain) {
     EXPECT_EQ(writer.beginFrame(VideoRect{1200, 0, 100, 10}, &stride), nullptr) << "past the right edge";
     EXPECT_EQ(writer.beginFrame(VideoRect{0, 0, 0, 10}, &stride), nullptr);
     EXPECT_EQ(writer.beginFrame(VideoRect{-1, 0, 10, 10}, &stride), nullptr);
-}
-
-// Foreign memory under the plane's name is ignored with one log line.
-TEST_F(VideoPlaneTest, ForeignMemoryUnderThePlaneNameIsIgnored) {
-    const std::string name = videoPlaneName();
-    for (size_t bytes : {(size_t)100, videoPlaneBytes()}) {
-        shm_unlink(name.c_str());
-        const int fd = shm_open(name.c_str(), O_CREAT | O_RDWR, 0600);
-        ASSERT_GE(fd, 0);
-        ASSERT_EQ(ftruncate(fd, (off_t)bytes), 0);
-        void* memory = mmap(nullptr, bytes, PROT_WRITE, MAP_SHARED, fd, 0);
-        ASSERT_NE(memory, MAP_FAILED);
-        memset(memory, 0xA5, bytes);
-        munmap(memory, bytes);
-        close(fd);
-
-        VideoPlaneReader reader;
-        RecordingSink sink;
-        EXPECT_FALSE(reader.poll(&sink, 0));
-        EXPECT_FALSE(reader.poll(&sink, 200));
-        EXPECT_FALSE(reader.attached());
-        EXPECT_TRUE(sink.rects.empty());
-    }
-    shm_unlink(name.c_str());
-    const std::string log = mLog.finish();
-    const size_t first = log.find("not a plane"), second = log.find("not a plane", first + 1);
-    EXPECT_TRUE(second != std::string::npos && log.find("not a plane", second + 1) == std::string::npos) << log;
-}
-
-TEST_F(VideoPlaneTest, EachDeviceRootHasAPlaneOfItsOwn) {
-    const std::string here = videoPlaneName();
-    std::string there;
-    {
-        TempDeviceRoot other;
-        there = videoPlaneName();
-    }
-    EXPECT_NE(here, there);
-    EXPECT_EQ(here.find('/', 1), std::string::npos) << "a shared-memory name: " << here;
 }

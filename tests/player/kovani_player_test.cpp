@@ -7,11 +7,13 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 
 #include "platform/device_paths.h"
 #include "platform/sysutil.h"
+#include "player/display_rect.h"
 #include "tests/support/recording_shell.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/test_clock.h"
@@ -32,22 +34,43 @@ protected:
 
 }  // namespace
 
-// The worker runs the lines in the order given, first the kill that makes room.
-TEST_F(KovaniPlayerTest, CommandsReachTheDecoderInTheOrderGiven) {
+// Each call, the line it runs, in the order given after the kill that makes
+// room and the start; the picture's rectangle follows the mode and ratio.
+TEST_F(KovaniPlayerTest, CommandLineTable) {
+    typedef std::function<void(KovaniPlayer&)> Call;
+    auto rect = [](PLAYER_ASPECT_RATIO ratio, bool fullscreen) -> Call {
+        return [=](KovaniPlayer& p) {
+            gPlayerAspectRatio = ratio;
+            setPlayerDisplayRect(fullscreen, &p);
+        };
+    };
+    const struct { Call call; const char* words; } rows[] = {
+        {[](KovaniPlayer& p) { EXPECT_EQ(p.play(), 0); }, "play"},
+        {[](KovaniPlayer& p) { p.pause(); }, "pause"},
+        {[](KovaniPlayer& p) { p.fastForward(); }, "fastforward"},
+        {[](KovaniPlayer& p) { p.fastBackward(); }, "rewind"},
+        {[](KovaniPlayer& p) { p.switchAudio(1); }, "\"audiotrack 1\""},
+        {[](KovaniPlayer& p) { p.setVolume(7); }, "\"volume 7\""},
+        {rect(RATIO_DEFAULT, false), "\"win 650 85 610 360\""},
+        {rect(RATIO4_3, false), "\"win 715 85 480 360\""},
+        {rect(RATIO16_9, false), "\"win 650 93 610 343\""},
+        {rect(RATIO_DEFAULT, true), "\"win 0 0 1280 720\""},
+        {rect(RATIO4_3, true), "\"win 160 0 960 720\""},
+        {rect(RATIO16_9, true), "\"win 0 0 1280 720\""},
+    };
     {
         KovaniPlayer player(nullptr, &mShell);
         EXPECT_EQ(player.play(), -1) << "no decoder started";
-        player.setUrl("/mnt/SDCARD/a.mp4");
+        player.setUrl("/mnt/SDCARD/a b.mp4");
         ASSERT_EQ(player.prepare(), 0);
-        EXPECT_EQ(player.play(), 0);
-        player.setDisplayRect(650, 85, 610, 360);
-        player.pause();
-        player.fastForward();
-        player.switchAudio(1);
+        Lines expected = {"killall avworker", "avworker '/mnt/SDCARD/a b.mp4' &"};
+        for (const auto& row : rows) {
+            row.call(player);
+            expected.push_back(echoLine(row.words));
+        }
+        gPlayerAspectRatio = RATIO_DEFAULT;
         ASSERT_TRUE(player.waitIdle(10000));
-        EXPECT_EQ(mShell.lines(), (Lines{"killall avworker", "avworker /mnt/SDCARD/a.mp4 &", echoLine("play"),
-                                         echoLine("\"win 650 85 610 360\""), echoLine("pause"),
-                                         echoLine("fastforward"), echoLine("\"audiotrack 1\"")}));
+        EXPECT_EQ(mShell.lines(), expected);
     }
     EXPECT_EQ(mShell.lines().back(), "killall avworker") << "no decoder outlives its client";
 }

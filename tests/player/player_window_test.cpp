@@ -4,26 +4,16 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <filesystem>
-#include <functional>
+#include <atomic>
 #include <string>
 #include <vector>
 
-#include "platform/device_paths.h"
-#include "platform/sysutil.h"
-#include "player/app_options.h"
-#include "player/player_lang.h"
-#include "player/skin.h"
+#include "platform/clock.h"
+#include "player/player_setting_window.h"
+#include "tests/player/player_window_fixture.h"
 #include "tests/support/capture_stdout.h"
-#include "tests/support/recording_shell.h"
-#include "tests/support/sdl_events.h"
-#include "tests/support/sdl_screen.h"
-#include "tests/support/shifted_clock.h"
-#include "tests/support/temp_dir.h"
 #include "toolkit/dialog_window.h"
 #include "toolkit/dir_browser.h"
-#include "toolkit/input.h"
-#include "toolkit/screen.h"
 #include "toolkit/shared_skin.h"
 
 namespace {
@@ -40,84 +30,6 @@ public:
     }
     int mDraws = 0;
     std::function<void()> mAfterDraw;
-};
-
-// The player window over the staged skin, videos a.mp4, b.mkv, c.avi, x/, y/ and
-// the stand-in shell; frames go to a texture that keeps alpha, as the UI layer.
-class PlayerWindowTest : public SdlScreenTest {
-protected:
-    void SetUp() override {
-        SdlScreenTest::SetUp();
-        SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
-        mFrame = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
-        ASSERT_EQ(SDL_SetRenderTarget(gRenderer, mFrame), 0) << SDL_GetError();
-        makeDirs(mRoot.at(DEVICE_PATH_PLAYER_DIR));
-        mVideos = mRoot.path() + "/videos";
-        for (const char* name : {"a.mp4", "b.mkv", "c.avi", "x/x1.mp4", "x/x2.mp4", "y/y1.mp4", "y/y2.mp4"})
-            writeFileAtomic(mVideos + "/" + name, "");
-        gUserPath = mVideos;
-        gWinList = &mWindows;
-        char cwd[4096];
-        mOldCwd = getcwd(cwd, sizeof cwd) ? cwd : "/";
-        ASSERT_EQ(chdir(KOVANI_APP_DIR), 0);
-        initDefLang();
-        init_skin();
-        setClockSource(&mClock);
-    }
-    void TearDown() override {
-        for (KovaniWindow* w : mWindows) delete w;
-        mWindows.clear();
-        setClockSource(nullptr);
-        gWinList = nullptr;
-        uninit_skin();
-        (void)chdir(mOldCwd.c_str());
-        SDL_SetRenderTarget(gRenderer, nullptr);
-        SDL_DestroyTexture(mFrame);
-        SdlScreenTest::TearDown();
-    }
-    void drawFrame(PlayerWindow& window) {
-        clear(200, 0, 40);  // junk a frame must cover
-        window.draw();
-    }
-    // A player window, loaded and at the bottom of the window list.
-    template <class Window = PlayerWindow>
-    Window* openPlayer() {
-        Window* window = new Window(nullptr, &mShell);
-        mWindows.push_back(window);
-        window->init();
-        for (int i = 0; i < 500 && sLoading; i++) SDL_Delay(10);
-        EXPECT_FALSE(sLoading);
-        return window;
-    }
-    // Plays the entry `downs` rows below the first.
-    void playEntry(PlayerWindow& window, int downs) {
-        for (int i = 0; i < downs; i++) pressKey(window, KEY_DOWN);
-        mClock.mMonotonicShift += 250;  // a second choice within 200 ms would count as a repeat
-        pressKey(window, KEY_A);
-    }
-    // The file the last start line names; started() waits (bounded) for `file`.
-    std::string lastStarted() {
-        std::string last;
-        for (const std::string& line : mShell.lines())
-            if (line.rfind("avworker ", 0) == 0) last = line.substr(9, line.size() - 11);
-        return last;
-    }
-    bool started(const std::string& file) {
-        for (int i = 0; i < 300 && lastStarted() != mVideos + file; i++) SDL_Delay(10);
-        return lastStarted() == mVideos + file;
-    }
-    void reportStatus(const char* state, long duration, long position) {
-        writeFileAtomic(mRoot.at(DEVICE_PATH_PLAYER_STATUS),
-                        std::string("{\"status\":\"") + state + "\",\"duration\":" + std::to_string(duration) +
-                            ",\"position\":" + std::to_string(position) + "}");
-    }
-
-    SDL_Texture* mFrame = nullptr;  // owned: where the window draws
-    ShiftedClock mClock;            // installed: tests move time on at once
-    TempDeviceRoot mRoot;
-    RecordingShell mShell;
-    std::vector<KovaniWindow*> mWindows;  // owned; the stack the window pushes popups on
-    std::string mVideos, mOldCwd;
 };
 
 }  // namespace
@@ -170,21 +82,6 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     second.quit();
     ASSERT_TRUE(mShell.waitForLines(3));
     EXPECT_EQ(mShell.lines().size(), 3u);
-}
-
-// A long name in the title line ends short of the status icons (x 1139 on).
-TEST_F(PlayerWindowTest, ALongNameInTheTitleLineEndsLeftOfTheStatusIcons) {
-    std::string name;
-    for (int i = 0; i < 80; i++) name += "\xe8\xa7\x86";  // U+89C6
-    writeFileAtomic(mVideos + "/" + name + ".mp4", "");
-    PlayerWindow& window = *openPlayer();
-    const SDL_Rect icons = {1139, 15, 141, 50}, beforeIcons = {1000, 15, 139, 50};
-    drawFrame(window);
-    const std::vector<Uint32> shortIcons = pixels(icons), shortBefore = pixels(beforeIcons);
-    for (int i = 0; i < 5; i++) pressKey(window, KEY_DOWN);  // past x, y, a, b, c
-    drawFrame(window);
-    EXPECT_TRUE(pixels(icons) == shortIcons);
-    EXPECT_FALSE(pixels(beforeIcons) == shortBefore) << "the name uses the room up to them";
 }
 
 // Playing x/x1.mp4, then browsing into y: play-on stays in x.
@@ -334,112 +231,14 @@ TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
     EXPECT_EQ(joinLateThreads(0), 0) << "nothing was left to the late joins";
 }
 
-namespace {
-
-void pushCode(int code, Uint32 type = SDL_USEREVENT) {
-    SDL_Event e = {};
-    e.type = type;
-    e.user.code = code;
-    SDL_PushEvent(&e);
-}
-
-// Real time; each time the loop goes idle the next step runs.
-class IdleScript : public FrameClock {
-public:
-    long nowMs() override { return monotonicMs(); }
-    void waitEventMs(long ms) override {
-        SDL_PumpEvents();
-        if (ms > 100 && !SDL_HasEvents(SDL_FIRSTEVENT, SDL_LASTEVENT) && mNext < mSteps.size()) mSteps[mNext++]();
-        SDL_WaitEventTimeout(nullptr, (int)SDL_min(ms, 20L));
-    }
-    std::vector<std::function<void()>> mSteps;
-    size_t mNext = 0;
-};
-
-// The player under the real main loop, in a folder of a.mp4, b.mkv and c.avi.
-class PlayerLoopTest : public PlayerWindowTest {
-protected:
-    void SetUp() override {
-        PlayerWindowTest::SetUp();
-        for (const char* dir : {"/x", "/y"}) std::filesystem::remove_all(mVideos + dir);
-        clearQuitRequest();
-        mCheck = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
-        setFrameClock(&mScript);
-    }
-    void TearDown() override {
-        setFrameClock(nullptr);
-        clearQuitRequest();
-        SDL_DestroyTexture(mCheck);
-        PlayerWindowTest::TearDown();
-    }
-    // Pixels of `area` on screen that differ from what `redraw` draws into
-    // a frame of its own (text blends a little).
-    int differFrom(SDL_Rect area, const std::function<void()>& redraw) {
-        const std::vector<Uint32> shown = pixels(area);
-        SDL_SetRenderTarget(gRenderer, mCheck);
-        redraw();
-        const std::vector<Uint32> full = pixels(area);
-        SDL_SetRenderTarget(gRenderer, mFrame);
-        int differ = 0;
-        for (size_t i = 0; i < shown.size(); i++)
-            for (int shift = 0; shift < 32; shift += 8)
-                if (abs(int((shown[i] >> shift) & 0xFF) - int((full[i] >> shift) & 0xFF)) > 8) {
-                    differ++;
-                    break;
-                }
-        return differ;
-    }
-    // The frame on screen against a full redraw of the top window.
-    void expectUpToDate(const std::string& name) {
-        const int differ = differFrom({0, 0, 1280, 720}, [] {
-            PlayerWindow* player = dynamic_cast<PlayerWindow*>(gWinList->back());
-            if (player) player->setComposeStatic(false);  // composed parts drawn anew too
-            gWinList->back()->draw();
-            if (player) player->setComposeStatic(true);
-        });
-        mChecked++;
-        EXPECT_LE(differ, 50) << name << ": pixels that differ from a full redraw";
-    }
-    // Checks the screen once the loop is idle, then queues `codes` (0: quit).
-    void step(const std::string& name, std::vector<int> codes) {
-        mScript.mSteps.push_back([this, name, codes] {
-            expectUpToDate(name);
-            for (int code : codes) code ? pushCode(code) : pushCode(0, SDL_QUIT);
-        });
-    }
-
-    SDL_Texture* mCheck = nullptr;  // owned
-    IdleScript mScript;
-    size_t mChecked = 0;
-};
-
-}  // namespace
-
-// After each step of a session, once idle, the screen equals a full redraw.
-TEST_F(PlayerLoopTest, EveryIdleScreenEqualsAFullRedraw) {
-    openPlayer();
-    step("browse", {KEY_DOWN});
-    step("cursor-moved", {KEY_A});
-    step("playing", {KEY_START});
-    step("paused", {KEY_START, KEY_SELECT_COIN});
-    step("fullscreen", {KEY_RIGHT});
-    step("fullscreen-panel", {});  // the panel hides by itself 1.5 s later
-    step("panel-hidden", {KEY_B, KEY_MENU_KEY});
-    step("settings", {KEY_A});
-    step("quit-question", {KEY_B});
-    step("back", {0});
-    runWindows(mWindows);
-    EXPECT_EQ(mChecked, mScript.mSteps.size()) << "every step was reached";
-}
-
 // A report draws a frame when the position text changes, none when it stays.
 TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
     CountingPlayer* player = openPlayer<CountingPlayer>();
     const struct { int positionMs, frames; } reports[] = {{1000, 1}, {1400, 0}, {2000, 1}};  // 0:01, 0:01, 0:02
     int before = 0;
-    mScript.mSteps.push_back([] { pushCode(KEY_A); });
+    step(nullptr, {KEY_DOWN, KEY_DOWN, KEY_A});  // a.mp4
     for (size_t i = 0; i <= 3; i++)
-        mScript.mSteps.push_back([&, i] {
+        step([&, i] {
             if (i > 0) {
                 EXPECT_EQ(player->mDraws - before, reports[i - 1].frames) << reports[i - 1].positionMs;
             }
@@ -449,9 +248,160 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
             before = player->mDraws;
             reportStatus("playing", 3600000, reports[i].positionMs);
             EXPECT_TRUE(waitQueued(EVENT_REFRESH)) << reports[i].positionMs;
-        });
-    runWindows(mWindows);
-    EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
+        }, {});
+    run();
+}
+
+// Keys while a video plays, each with the decoder commands it sends; then
+// the quit question, whose OK stops the decoder and keeps the folder.
+TEST_F(PlayerWindowTest, KeysTable) {
+    PlayerWindow& window = *openPlayer();
+    const struct {
+        int key;
+        std::vector<std::string> sent;
+        bool playing, fullscreen;
+        const char* file;
+    } rows[] = {
+        {KEY_SELECT_COIN, {}, false, false, nullptr},
+        {KEY_START, {"win 650 85 610 360", "play"}, true, false, "/a.mp4"},
+        {KEY_A, {"pause"}, false, false, "/a.mp4"},
+        {KEY_A, {"play"}, true, false, "/a.mp4"},
+        {KEY_START, {"pause"}, false, false, "/a.mp4"},
+        {KEY_RIGHT, {}, false, false, "/a.mp4"},
+        {KEY_START, {"play"}, true, false, "/a.mp4"},
+        {KEY_RIGHT, {"fastforward"}, true, false, "/a.mp4"},
+        {KEY_LEFT, {"rewind"}, true, false, "/a.mp4"},
+        {KEY_Y, {}, true, false, "/a.mp4"},
+        {KEY_SELECT_COIN, {"win 0 0 1280 720"}, true, true, "/a.mp4"},
+        {KEY_A, {}, true, true, "/a.mp4"},
+        {KEY_B, {"win 650 85 610 360"}, true, false, "/a.mp4"},
+        {KEY_HOTKEY2, {"win 650 85 610 360", "play"}, true, false, "/b.mkv"},
+        {KEY_HOTKEY1, {"win 650 85 610 360", "play"}, true, false, "/a.mp4"},
+        {KEY_HOTKEY1, {}, false, false, "/a.mp4"},
+    };
+    for (int i = 0; i < 2; i++) pressKey(window, KEY_DOWN);  // x, y, a.mp4
+    size_t before = 0;
+    for (const auto& row : rows) {
+        if (row.key == KEY_A) mClock.mMonotonicShift += 250;  // a second choice within 200 ms would count as a repeat
+        pressKey(window, row.key);
+        const size_t want = before + row.sent.size();
+        for (int i = 0; i < 1000 && commands().size() < want; i++) SDL_Delay(10);
+        const std::vector<std::string> all = commands();
+        EXPECT_EQ(std::vector<std::string>(all.begin() + std::min(before, all.size()), all.end()), row.sent)
+            << "key " << row.key;
+        before = all.size();
+        EXPECT_EQ(window.isPlaying(), row.playing) << "key " << row.key;
+        EXPECT_EQ(window.isFullscreen(), row.fullscreen) << "key " << row.key;
+        if (row.file) {
+            EXPECT_TRUE(started(row.file)) << "key " << row.key;
+        }
+    }
+
+    pressKey(window, KEY_B);  // back in the top folder
+    ASSERT_TRUE(gPopupList.size() == 1 || mWindows.size() == 2);
+    KovaniWindow* question = gPopupList.empty() ? mWindows.back() : gPopupList.back();
+    ASSERT_NE(dynamic_cast<DialogWindow*>(question), nullptr);
+    gSavedDir.clear();
+    EXPECT_EQ(pressKey(*question, KEY_A), WINDOW_QUIT);
+    EXPECT_EQ(gSavedDir, mVideos);
+    for (int i = 0; i < 1000 && mShell.lines().back() != "killall avworker"; i++) SDL_Delay(10);
+    EXPECT_EQ(mShell.lines().back(), "killall avworker");
+    if (!gPopupList.empty()) {
+        delete gPopupList.back();
+        gPopupList.clear();
+    }
+}
+
+// The settings popup's rows: UP and DOWN move between Quit, the aspect
+// ratio and the audio track, wrapping; LEFT and RIGHT change the focused
+// value, the ratio round a circle, the track within its bounds. Closing the
+// popup sends what changed, and nothing when nothing did.
+TEST_F(PlayerWindowTest, SettingRowsTable) {
+    const char* const k43 = "win 715 85 480 360";
+    const char* const k169 = "win 650 93 610 343";
+    const struct {
+        int tracks;
+        std::vector<int> keys;
+        int ratio, track, result;
+        const char* sent;
+    } rows[] = {
+        {3, {KEY_RIGHT, KEY_LEFT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {3, {KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1, k43},
+        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT}, RATIO16_9, 0, -1, k169},
+        {3, {KEY_DOWN, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {3, {KEY_DOWN, KEY_LEFT}, RATIO16_9, 0, -1, k169},
+        {3, {KEY_DOWN, KEY_LEFT, KEY_LEFT}, RATIO4_3, 0, -1, k43},
+        {3, {KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_DOWN, KEY_RIGHT}, RATIO4_3, 0, -1, k43},
+        {3, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 1, -1, "audiotrack 1"},
+        {3, {KEY_UP, KEY_RIGHT, KEY_RIGHT, KEY_RIGHT}, RATIO_DEFAULT, 2, -1, "audiotrack 2"},
+        {3, {KEY_UP, KEY_RIGHT, KEY_LEFT, KEY_LEFT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {1, {KEY_UP, KEY_RIGHT}, RATIO_DEFAULT, 0, -1, nullptr},
+        {3, {KEY_A}, RATIO_DEFAULT, 0, WINDOW_CLOSE_LAST, nullptr},
+        {3, {KEY_B}, RATIO_DEFAULT, 0, WINDOW_CLOSE, nullptr},
+        {3, {KEY_X}, RATIO_DEFAULT, 0, WINDOW_CLOSE, nullptr},
+        {3, {KEY_MENU_KEY}, RATIO_DEFAULT, 0, KEY_MENU_KEY, nullptr},
+    };
+    KovaniPlayer player(nullptr, &mShell);
+    player.setUrl("/v/a.mp4");
+    ASSERT_EQ(player.prepare(), 0);
+    for (const auto& row : rows) {
+        const std::string name = std::to_string(row.keys.size()) + " keys from " + std::to_string(row.keys[0]);
+        player.infoNotifyer(0, 0, row.tracks);
+        gPlayerAspectRatio = RATIO_DEFAULT;
+        const size_t before = commands().size();
+        {
+            PlayerSettingWindow settings(&player, mVideos.c_str(), false);
+            int result = 0;
+            for (int key : row.keys) result = pressKey(settings, key);
+            EXPECT_EQ(result, row.result) << name;
+            EXPECT_EQ(gPlayerAspectRatio, row.ratio) << name;
+            EXPECT_EQ(gAudioTrack, row.track) << name;
+        }
+        ASSERT_TRUE(player.waitIdle(10000));
+        const std::vector<std::string> all = commands();
+        EXPECT_EQ(std::vector<std::string>(all.begin() + before, all.end()),
+                  row.sent ? std::vector<std::string>{row.sent} : std::vector<std::string>{})
+            << "sent on closing, " << name;
+        EXPECT_EQ(gPopupList.size(), row.result == WINDOW_CLOSE_LAST ? 1u : 0u) << "the quit question, " << name;
+        for (KovaniWindow* w : gPopupList) delete w;
+        gPopupList.clear();
+    }
+}
+
+namespace {
+
+// Both clocks at mNow, wherever they are read; installed while a guard
+// lives. It lives as long as the process, so that no thread of a window the
+// test left outlasts it.
+class StoppedClock : public ClockSource {
+public:
+    long monotonicMs() override { return mNow; }
+    long wallMs() override { return mNow; }
+    std::atomic<long> mNow{5000000};
+};
+StoppedClock sStoppedClock;
+
+struct StoppedClockInstalled {
+    StoppedClockInstalled() { setClockSource(&sStoppedClock); }
+    ~StoppedClockInstalled() { setClockSource(nullptr); }
+};
+
+}  // namespace
+
+// In fullscreen the panel shows for 1.5 s after the last key that asks for it.
+TEST_F(PlayerWindowTest, TheFullscreenPanelHidesOneAndAHalfSecondsAfterTheLastKey) {
+    StoppedClockInstalled installed;
+    StoppedClock& clock = sStoppedClock;
+    PlayerWindow& window = *openPlayer();
+    for (int key : {KEY_DOWN, KEY_DOWN, KEY_A, KEY_SELECT_COIN}) pressKey(window, key);
+    ASSERT_TRUE(window.isFullscreen());
+    const long pressed = clock.mNow += 60000;
+    pressKey(window, KEY_RIGHT);
+    for (long after : {0L, 1499L, 1500L, 5000L}) {
+        clock.mNow = pressed + after;
+        drawFrame(window);
+        EXPECT_EQ(pixel(100, 650).a != 0, after < 1500) << after << " ms after the key";
+    }
 }
 
 // The wall clock steps an hour back, then forward (the network sets it, or
@@ -459,6 +409,7 @@ TEST_F(PlayerLoopTest, AReportDrawsAFrameOnlyWhenThePositionTextChanges) {
 // still drawn and chosen videos still start.
 TEST_F(PlayerLoopTest, SteppingTheWallClockStopsNeitherKeysNorFrames) {
     setFrameClock(nullptr);
+    for (const char* dir : {"/x", "/y"}) std::filesystem::remove_all(mVideos + dir);
     CountingPlayer* player = openPlayer<CountingPlayer>();
     const long hour = 3600000;
     const struct { long wallStep; std::vector<int> keys; const char* starts; } steps[] = {
@@ -500,20 +451,28 @@ TEST_F(PlayerLoopTest, SteppingTheWallClockStopsNeitherKeysNorFrames) {
 // player window drawn for it, whatever a present left on the screen.
 TEST_F(PlayerLoopTest, TheQuitQuestionOpensOverThePlayerWindow) {
     openPlayer();
-    mScript.mSteps.push_back([this] {
-        clear(200, 0, 40);  // what a present may leave behind
-        pushCode(KEY_B);
-    });
-    mScript.mSteps.push_back([this] {
+    step([this] { clear(200, 0, 40); }, {KEY_B});  // what a present may leave behind
+    step([this] {
         EXPECT_NE(dynamic_cast<DialogWindow*>(gWinList->back()), nullptr);
-        // Above the question's panel: the player window under the dimming.
-        const int differ = differFrom({0, 0, 1280, 100}, [] {
-            gWinList->front()->draw();
-            if (gBackgroundFloat) gBackgroundFloat->render(nullptr, nullptr, false, nullptr);
-        });
+        // Above the question's panel: the player window under the dimming,
+        // as a frame of its own shows it.
+        const SDL_Rect top = {0, 0, 1280, 100};
+        const std::vector<Uint32> shown = pixels(top);
+        SDL_Texture* check = SDL_CreateTexture(gRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, 1280, 720);
+        SDL_SetRenderTarget(gRenderer, check);
+        gWinList->front()->draw();
+        if (gBackgroundFloat) gBackgroundFloat->render(nullptr, nullptr, false, nullptr);
+        const std::vector<Uint32> player = pixels(top);
+        SDL_SetRenderTarget(gRenderer, mFrame);
+        SDL_DestroyTexture(check);
+        int differ = 0;
+        for (size_t i = 0; i < shown.size(); i++)
+            for (int shift = 0; shift < 32; shift += 8)
+                if (abs(int((shown[i] >> shift) & 0xFF) - int((player[i] >> shift) & 0xFF)) > 8) {
+                    differ++;
+                    break;
+                }
         EXPECT_LE(differ, 50) << "pixels that differ from the player window";
-        pushCode(0, SDL_QUIT);
-    });
-    runWindows(mWindows);
-    EXPECT_EQ(mScript.mNext, mScript.mSteps.size());
+    }, {0});
+    run();
 }

@@ -26,24 +26,6 @@ void pinLoadedLibraries() {
     for (const std::string& name : names) dlopen(name.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
-// Bounds of the pixels of `area` that equal `color` (`equal`) or differ from it.
-SDL_Rect boundsOf(SDL_Color color, SDL_Rect area, bool equal) {
-    std::vector<Uint32> px(size_t(area.w) * area.h);
-    SDL_RenderReadPixels(gRenderer, &area, SDL_PIXELFORMAT_ARGB8888, px.data(), area.w * 4);
-    const Uint32 want = (Uint32(color.r) << 16) | (Uint32(color.g) << 8) | color.b;
-    int minX = area.w, minY = area.h, maxX = -1, maxY = -1;
-    for (int y = 0; y < area.h; y++)
-        for (int x = 0; x < area.w; x++) {
-            if (((px[size_t(y) * area.w + x] & 0xFFFFFF) == want) != equal) continue;
-            minX = SDL_min(minX, x);
-            minY = SDL_min(minY, y);
-            maxX = SDL_max(maxX, x);
-            maxY = SDL_max(maxY, y);
-        }
-    if (maxX < 0) return SDL_Rect{0, 0, 0, 0};
-    return SDL_Rect{area.x + minX, area.y + minY, maxX - minX + 1, maxY - minY + 1};
-}
-
 }  // namespace
 
 void SdlScreenTest::SetUp() {
@@ -82,6 +64,14 @@ std::vector<Uint32> SdlScreenTest::pixels(SDL_Rect area) {
     return out;
 }
 
+Picture SdlScreenTest::shot(SDL_Rect area) {
+    Picture picture;
+    picture.w = area.w;
+    picture.h = area.h;
+    picture.argb = pixels(area);
+    return picture;
+}
+
 void SdlScreenTest::clear(Uint8 r, Uint8 g, Uint8 b) {
     SDL_SetRenderDrawColor(gRenderer, r, g, b, 255);
     SDL_RenderClear(gRenderer);
@@ -92,10 +82,6 @@ TTF_Font* SdlScreenTest::font(int size) {
     if (f) mFonts.push_back(f);
     return f;
 }
-
-SDL_Rect SdlScreenTest::inkBounds(SDL_Color background, SDL_Rect area) { return boundsOf(background, area, false); }
-
-SDL_Rect SdlScreenTest::colorBounds(SDL_Color color, SDL_Rect area) { return boundsOf(color, area, true); }
 
 void writePng(const std::string& path, int w, int h, SDL_Color color, int bytesPerPixel) {
     makeDirs(std::filesystem::path(path).parent_path());

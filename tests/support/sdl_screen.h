@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/reference_image.h"
+
 // A real 1280 x 720 screen on SDL's offscreen driver, opened through the
 // toolkit's ScreenInit, with pixel read-back, in a fresh temporary working
 // folder (so "./" names a folder the test fills). Use as a fixture base.
@@ -19,15 +21,12 @@ protected:
     SDL_Color pixel(int x, int y);
     // The ARGB pixels of `area` of the current frame, row by row.
     std::vector<Uint32> pixels(SDL_Rect area);
+    Picture shot(SDL_Rect area = {0, 0, 1280, 720});
     void clear(Uint8 r, Uint8 g, Uint8 b);
     // The test font at `size` points; closed in TearDown.
     TTF_Font* font(int size);
     // The temporary working folder, ending in '/'.
     const std::string& dir() const { return mDir; }
-    // Smallest rectangle of `area` holding every pixel that differs from
-    // `background` (inkBounds) or is `color` (colorBounds); w = 0 for none.
-    SDL_Rect inkBounds(SDL_Color background, SDL_Rect area = {0, 0, 1280, 720});
-    SDL_Rect colorBounds(SDL_Color color, SDL_Rect area = {0, 0, 1280, 720});
 
 private:
     std::vector<TTF_Font*> mFonts;

@@ -164,3 +164,20 @@ TEST(DirBrowserTest, StartFolderBelowTheTopBuildsTheStackAndOthersShowTheTop) {
     EXPECT_EQ(stack(browser, t.path() + "/"), (Names{"top/", "top/A"}));
 }
 
+
+// A folder left a moment ago comes back from the cache, not from the disk.
+TEST(DirBrowserTest, FoldersSeenAMomentAgoComeFromTheCache) {
+    TempFolder t;
+    t.file("top/A/clip.mkv");
+    t.file("top/b.mkv");
+    DirBrowser browser(entryFor, nullptr);
+    CaptureStdout quiet;
+    std::vector<void*>* top = browser.LoadDir((t / "top").c_str(), nullptr);
+    std::vector<void*>* inA = browser.ChildDir((t / "top/A").c_str());
+    t.file("top/new.mkv");
+    t.file("top/A/new.mkv");
+    EXPECT_EQ(browser.ParentDir(), top);
+    EXPECT_EQ(labelsOf(top), (Names{"A", "b.mkv"}));
+    EXPECT_EQ(browser.ChildDir((t / "top/A").c_str()), inA);
+    EXPECT_EQ(labelsOf(inA), (Names{"..", "clip.mkv"}));
+}

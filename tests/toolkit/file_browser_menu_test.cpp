@@ -48,7 +48,8 @@ protected:
 
 }  // namespace
 
-// B closes in the top folder; below it, B and ".." go up, B to the first entry.
+// B closes in the top folder; below it, B and ".." go up, B to the first
+// entry. With A and B swapped, A does what B did and B what A did.
 TEST_F(FileBrowserMenuTest, BackClosesInTheTopFolderAndBelowItGoesUpToTheFirstEntry) {
     for (int i = 1; i <= 3; i++) mFolders.file("top/A/x" + std::to_string(i) + ".mkv");
     for (int i = 1; i <= 9; i++) mFolders.file("top/c" + std::to_string(i) + ".mkv");
@@ -70,6 +71,13 @@ TEST_F(FileBrowserMenuTest, BackClosesInTheTopFolderAndBelowItGoesUpToTheFirstEn
     EXPECT_EQ(menu.getCurrentPos(), 0);
     EXPECT_EQ(menu.mFirstVisible, 0);
     EXPECT_EQ(pressKey(menu, KEY_B), WINDOW_CLOSE);
+
+    SetKeyShm(&gShmInfo, MONITOR_B_CONFIRM, 1);  // the device's settings swap A and B
+    EXPECT_EQ(pressKey(menu, KEY_A), WINDOW_CLOSE);
+    EXPECT_EQ(pressKey(menu, KEY_B), EVENT_CHDIR);
+    EXPECT_EQ(labelsOf(menu.mCurrentMenu), (Names{"..", "x1.mkv", "x2.mkv", "x3.mkv"}));
+    EXPECT_EQ(pressKey(menu, KEY_A), EVENT_CHDIR);
+    EXPECT_EQ(current(menu), top);
 }
 
 // A folder change queued behind back presses, the third of which drops its list

@@ -4,9 +4,12 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "platform/clock.h"
 #include "platform/device_paths.h"
 #include "tests/support/sdl_events.h"
 #include "tests/support/shifted_clock.h"
@@ -41,6 +44,22 @@ SDL_Event hat(int value) {
     e.jhat.value = value;
     return e;
 }
+
+// Both clocks as a test sets them: the repeat thread reads mThreadMs, the
+// test's own thread (which presses keys) mPressMs.
+class SteppedClock : public ClockSource {
+public:
+    long monotonicMs() override { return now(); }
+    long wallMs() override { return now(); }
+    long now() {
+        if (std::this_thread::get_id() == mTestThread) return mPressMs;
+        mThreadReads++;
+        return mThreadMs;
+    }
+    const std::thread::id mTestThread = std::this_thread::get_id();
+    std::atomic<long> mPressMs{1000000}, mThreadMs{1000000};
+    std::atomic<int> mThreadReads{0};
+};
 
 // Named runs of events, each with the code it must give.
 typedef std::vector<std::pair<const char*, std::vector<std::pair<SDL_Event, int>>>> Sequences;
@@ -88,7 +107,8 @@ protected:
     }
 
     TempDeviceRoot mRoot;  // keeps the input markers away from the real ones
-    ShiftedClock mClock;   // installed by the tests that step it
+    ShiftedClock mClock;         // installed by the tests that step the wall clock
+    SteppedClock mSteppedClock;  // installed by the repeat timing table
 };
 
 }  // namespace
@@ -133,4 +153,37 @@ TEST_F(InputTest, TheStickAndHeldKeysGoOnAcrossAWallClockStep) {
     mClock.mWallShift -= hour;
     mClock.mMonotonicShift += 600;  // past the first repeat's delay
     EXPECT_TRUE(waitQueued(KEY_UP)) << "the held key repeats";
+}
+
+// A held direction repeats first more than 500 ms after its press, then at
+// each wake-up of the repeat thread (about every 100 ms) until released;
+// other keys never repeat.
+TEST_F(InputTest, KeyRepeatTable) {
+    setClockSource(&mSteppedClock);
+    ASSERT_EQ(start_repeat_thread(), 0);
+    SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
+    const struct { long afterPressMs; int repeats; bool release; } rows[] = {
+        {0, 0, false}, {300, 0, false}, {500, 0, false}, {501, 1, false}, {501, 0, false},
+        {601, 1, false}, {701, 1, false}, {801, 0, true}, {2000, 0, false},
+    };
+    update_repeat_key(KEY_UP);
+    update_repeat_key(KEY_B);
+    for (const auto& row : rows) {
+        if (row.release) reset_repeat_key();
+        mSteppedClock.mThreadMs = mSteppedClock.mPressMs + row.afterPressMs;
+        // Once the thread has read the new time, a press waits for the lock
+        // it holds while it posts.
+        const int reads = mSteppedClock.mThreadReads;
+        for (int i = 0; i < 300 && mSteppedClock.mThreadReads == reads; i++) SDL_Delay(10);
+        update_repeat_key(KEY_A);
+        SDL_PumpEvents();
+        SDL_Event events[16];
+        const int n = SDL_PeepEvents(events, 16, SDL_GETEVENT, SDL_USEREVENT, SDL_USEREVENT);
+        int repeats = 0;
+        for (int i = 0; i < n; i++) {
+            EXPECT_EQ(events[i].user.code, KEY_UP) << row.afterPressMs;
+            repeats += events[i].user.code == KEY_UP;
+        }
+        EXPECT_EQ(repeats, row.repeats) << row.afterPressMs << " ms after the press";
+    }
 }

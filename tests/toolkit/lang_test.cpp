@@ -79,3 +79,25 @@ TEST_F(LangTest, ReadLangFileTakesEveryIdFromTheFileOrTheBuiltInTable) {
     }
 }
 
+
+// The chosen language's text, else the built-in English one. Files with one
+// display name merge under the shortest file name; ".short" files and
+// broken ones are never used; the name is matched exactly.
+TEST_F(LangTest, FallbackAndMergeTable) {
+    put("ch.lang", "{\"lang\":\"\xe7\xae\x80\xe4\xbd\x93\",\"8\":\"\xe8\xa7\x86\xe9\xa2\x91\"}");  // lacks 12
+    put("de.lang", "{\"lang\":\"Deutsch\",\"1\":\"Gut\"}");
+    put("de_long.lang", "{\"lang\":\"Deutsch\",\"1\":\"Gut\"}");
+    put("es.lang.short", "{\"lang\":\"Corto\",\"1\":\"Corto\"}");
+    put("fr.lang", "{\"lang\":\"Fran\xc3\xa7" "ais\",\"1\":");
+    initLang();
+    const struct { const char* language; int id; const char* text; } rows[] = {
+        {"ch.lang", STRING_MEDIAPLAYER, "\xe8\xa7\x86\xe9\xa2\x91"}, {"ch.lang", STRING_ASPECT_RATIO, "Aspect Ratio"},
+        {"ch.lang", -1, ""},          {"ch.lang", STRING_MAX, "wrongbeef"}, {"CH.lang", STRING_MEDIAPLAYER, "Video"},
+        {"de.lang", STRING_OK, "Gut"}, {"de_long.lang", STRING_OK, "OK"},   {"es.lang.short", STRING_OK, "OK"},
+        {"fr.lang", STRING_OK, "OK"},  {"xx.lang", STRING_OK, "OK"},       {"", STRING_LOADING_SMALL, "LOADING..."},
+    };
+    for (const auto& row : rows) {
+        setSystemLanguage(row.language);
+        EXPECT_STREQ(getLangStr(row.id), row.text) << row.language << " " << row.id;
+    }
+}

@@ -37,16 +37,23 @@ struct SettingsLoad {
 
 }  // namespace
 
-// Bad values take the default; an unusable file gives every default, logged once.
+// Bad values take the default; an unusable file gives every default, logged
+// once. "bconfirm" swaps A and B for every window.
 TEST(SystemState, EachKeyIsCheckedIntoItsSlotAndAnUnusableFileGivesTheDefaults) {
-    const struct { const char* json; int volume, mute, cpu, wifi; const char* temperature; bool logged; } rows[] = {
-        {R"({"vol":20,"mute":7,"cpufreq":1200,"wifi":2,"colortemperature":30})", 20, 1, 1200, 1, "50", false},
-        {R"({"vol":25,"cpufreq":-3,"colortemperature":-5})", 14, 0, 0, kUntouched, "-50", false},
-        {R"({"vol":"3","mute":"1","colortemperature":"5"})", 14, 0, 0, kUntouched, "-", false},
-        {R"({"vol":12.7,"colortemperature":10.9})", 12, 0, 0, kUntouched, "0", false},
-        {nullptr, 14, 0, 0, 0, "0", true},
-        {R"({"vol": 3)", 14, 0, 0, 0, "0", true},
-        {"[1, 2]", 14, 0, 0, 0, "0", true},
+    const struct {
+        const char* json;
+        int volume, mute, cpu, wifi, swapped;
+        const char* temperature;
+        bool logged;
+    } rows[] = {
+        {R"({"vol":20,"mute":7,"cpufreq":1200,"wifi":2,"colortemperature":30,"bconfirm":1})", 20, 1, 1200, 1, 1, "50",
+         false},
+        {R"({"vol":25,"cpufreq":-3,"colortemperature":-5,"bconfirm":0})", 14, 0, 0, kUntouched, 0, "-50", false},
+        {R"({"vol":"3","mute":"1","colortemperature":"5","bconfirm":"1"})", 14, 0, 0, kUntouched, 0, "-", false},
+        {R"({"vol":12.7,"colortemperature":10.9})", 12, 0, 0, kUntouched, 0, "0", false},
+        {nullptr, 14, 0, 0, 0, 0, "0", true},
+        {R"({"vol": 3)", 14, 0, 0, 0, 0, "0", true},
+        {"[1, 2]", 14, 0, 0, 0, 0, "0", true},
     };
     for (const auto& row : rows) {
         const char* name = row.json ? row.json : "(no file)";
@@ -55,6 +62,7 @@ TEST(SystemState, EachKeyIsCheckedIntoItsSlotAndAnUnusableFileGivesTheDefaults) 
         EXPECT_EQ(load.slot(MONITOR_MUTE), row.mute) << name;
         EXPECT_EQ(load.slot(MONITOR_CPU_FREQ), row.cpu) << name;
         EXPECT_EQ(load.slot(MONITOR_WIFI_SWITCH), row.wifi) << name;
+        EXPECT_EQ(load.slot(MONITOR_B_CONFIRM), row.swapped) << name;
         EXPECT_EQ(load.slot(MONITOR_DIM_TIME), 300) << name;
         EXPECT_EQ(load.temperature(), row.temperature) << name;
         EXPECT_EQ(load.log, row.logged ? "system settings " + load.root.at(DEVICE_PATH_SYSTEM_CONFIG) +

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -16,18 +17,12 @@
 namespace {
 
 const SDL_Color sWhite = {255, 255, 255, 255};
-const SDL_Color sFocusColor = {200, 40, 40, 255};
-const SDL_Color sNormalColor = {30, 30, 120, 255};
-const int kRowHeight = 96;  // 6 rows, no space
-const int kListTop = 80;
 
-int rowMiddle(int row) { return kListTop + kRowHeight * row + kRowHeight / 2; }
-
-// Six rows over `count` entries; its clock moves mStep a reading (at first a
-// second: no held keys).
+// Six rows over `count` entries; its clock moves mStep a reading (by default
+// a second: no key is held).
 class TestDrawer : public TextMenuDrawer {
 public:
-    explicit TestDrawer(int count) : TextMenuDrawer("skin/focus.png", "skin/normal.png", 6, 0) {
+    explicit TestDrawer(int count) : TextMenuDrawer(nullptr, nullptr, 6, 0) {
         for (int i = 0; i < count; i++)
             mItems.emplace_back(new TextMenuItem(("Entry " + std::to_string(i)).c_str(), nullptr, nullptr, false));
     }
@@ -35,8 +30,7 @@ public:
     int getListNum() override { return (int)mItems.size(); }
 
     std::vector<std::unique_ptr<TextMenuItem>> mItems;
-    uint64_t mNow = 1000000;
-    uint64_t mStep = 1000;  // between two readings: the time between two keys
+    uint64_t mNow = 1000000, mStep = 1000;
 
 protected:
     uint64_t nowMs() override { return mNow += mStep; }
@@ -49,8 +43,6 @@ protected:
         gListFontTxt = font(36);
         gListFontSubtxt = gStatFont = font(24);
         gListColorTxt = gListColorSubtxt = gStatColorTxt = gListColorSeq = sWhite;
-        writePng(dir() + "skin/focus.png", 600, kRowHeight, sFocusColor, 4);
-        writePng(dir() + "skin/normal.png", 600, kRowHeight, sNormalColor, 4);
         SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);
     }
     void TearDown() override {
@@ -64,35 +56,45 @@ protected:
 
 }  // namespace
 
-TEST_F(DrawerTest, CursorRowCarriesTheFocusBackgroundAsTheRangeFollows) {
-    TestDrawer list(20);
-    const struct { int key, times, cursor, first; } steps[] = {
-        {KEY_NONE, 0, 0, 0},
-        {KEY_DOWN, 5, 5, 0},
-        {KEY_DOWN, 1, 6, 1},   // cursor on the bottom row
-        {KEY_UP, 1, 5, 1},
-        {KEY_UP, 5, 0, 0},     // cursor on the top row
-        {KEY_UP, 1, 19, 14},   // wrap to the end
-        {KEY_DOWN, 1, 0, 0},   // and back to the start
+// Presses of one key at a steady pace: the cursor after each, always among
+// the six rows drawn. A key repeated less than 200 ms apart is held; from
+// the twelfth press of such a run it pages six entries, stopping at the ends.
+TEST_F(DrawerTest, NavigationTable) {
+    const struct {
+        const char* name;
+        int count, cursor, key, gapMs;
+        bool wrap;
+        std::vector<int> after;
+    } rows[] = {
+        {"held down", 40, 0, KEY_DOWN, 100, true, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 17, 23, 29, 35, 39, 39}},
+        {"held up", 40, 39, KEY_UP, 100, true, {38, 37, 36, 35, 34, 33, 32, 31, 30, 29, 28, 22, 16, 10, 4, 0, 0}},
+        {"199 ms apart is held", 40, 0, KEY_DOWN, 199, true, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 17}},
+        {"200 ms apart is not", 40, 0, KEY_DOWN, 200, true, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
+        {"down past the end wraps", 10, 8, KEY_DOWN, 1000, true, {9, 0, 1}},
+        {"up past the start wraps", 10, 1, KEY_UP, 1000, true, {0, 9, 8}},
+        {"up stops without wrap", 10, 1, KEY_UP, 1000, false, {0, 0}},
+        {"sideways moves nothing", 10, 3, KEY_RIGHT, 100, true, {3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3}},
     };
-    for (const auto& step : steps) {
-        for (int i = 0; i < step.times; i++) pressKey(list, step.key);
-        clear(0, 0, 0);
-        list.draw();
-        EXPECT_EQ(list.mCurrentPos, step.cursor);
-        EXPECT_EQ(list.mFirstVisible, step.first) << "cursor " << step.cursor;
-        for (int row = 0; row < 6; row++) {
-            const bool focused = step.first + row == step.cursor;
-            EXPECT_TRUE(sameColor(pixel(15, rowMiddle(row)), focused ? sFocusColor : sNormalColor))
-                << "cursor " << step.cursor << ", screen row " << row;
+    for (const auto& row : rows) {
+        TestDrawer list(row.count);
+        list.mWrap = row.wrap;
+        list.mCurrentPos = row.cursor;
+        list.mStep = row.gapMs;
+        std::vector<int> after;
+        for (size_t i = 0; i < row.after.size(); i++) {
+            const int result = pressKey(list, row.key);
+            after.push_back(list.mCurrentPos);
+            list.draw();
+            EXPECT_TRUE(list.mFirstVisible <= list.mCurrentPos && list.mCurrentPos <= list.mLastVisible &&
+                        list.mLastVisible - list.mFirstVisible == std::min(row.count, 6) - 1)
+                << row.name << ": " << list.mFirstVisible << ".." << list.mLastVisible;
+            if (!row.wrap && i > 0) {
+                EXPECT_EQ(result, WINDOW_HANDLED) << row.name;
+            }
         }
+        EXPECT_EQ(after, row.after) << row.name;
     }
-    list.mShowFocus = false;
-    clear(0, 0, 0);
-    list.draw();
-    EXPECT_TRUE(sameColor(pixel(15, rowMiddle(0)), sNormalColor)) << "no focus shown";
 }
-
 
 // A held direction pages from the twelfth press of its run; a key that is
 // not part of that run moves one entry.
@@ -109,5 +111,22 @@ TEST_F(DrawerTest, OnlyTheRunOfTheKeyPressedPages) {
         list.mStep = p.gapMs;
         for (int i = 0; i < p.times; i++) pressKey(list, p.key);
         EXPECT_EQ(list.mCurrentPos, p.cursor) << "key " << p.key << " after " << p.gapMs << " ms";
+    }
+}
+
+// The page counter at the bottom right: the cursor's entry, of how many.
+TEST_F(DrawerTest, ThePageCounterShowsTheCursorsEntryOfHowMany) {
+    const SDL_Rect counter = {640, 660, 640, 60};
+    for (int cursor : {0, 8, 19}) {
+        TestDrawer list(20);
+        list.mCurrentPos = cursor;
+        clear(0, 0, 0);
+        list.draw();
+        const std::vector<Uint32> drawn = pixels(counter);
+        clear(0, 0, 0);
+        SDL_Rect box = {640, 671, 616, TTF_FontHeight(gStatFont)};
+        box.x -= DrawString(gStatFont, box, "20", sWhite, ALIGN_TOP_RIGHT);
+        DrawString(gStatFont, box, (std::to_string(cursor + 1) + "/").c_str(), sWhite, ALIGN_TOP_RIGHT);
+        EXPECT_TRUE(pixels(counter) == drawn) << cursor + 1 << "/20";
     }
 }

@@ -121,32 +121,6 @@ TEST_F(WifiMonitorTest, StopEndsAHungWpaCliAndTheWaitBetweenPolls) {
     EXPECT_TRUE(stopsAtOnce()) << "stop waited for the period";
 }
 
-// Two networks published in turn: every copy a reader takes is one of them whole.
-TEST_F(WifiMonitorTest, ReadersOnlyEverSeeWholeRecords) {
-    mShell.mAnswers = {
-        {"ssid=alpha\nid=1\nwpa_state=COMPLETED\nip_address=10.0.0.1\n",
-         "RSSI=-40\nLINKSPEED=144\nNOISE=-95\nFREQUENCY=2412\n"},
-        {"ssid=bravo-network\nid=2\nwpa_state=SCANNING\nip_address=172.16.254.200\n",
-         "RSSI=-85\nLINKSPEED=6\nNOISE=-70\nFREQUENCY=5745\n"},
-    };
-    const std::string alpha = "4 'alpha' 10.0.0.1 -40 144 -95 2412 1",
-                      bravo = "2 'bravo-network' 172.16.254.200 -85 6 -70 5745 2";
-    ASSERT_EQ(wifi_monitor_start(&mShell, 0), 0);
-    int reads = 0, alphas = 0, bravos = 0;
-    const long deadline = systemms() + 5000;
-    while ((mShell.mPolls < 300 || reads < 100000) && systemms() < deadline) {
-        const std::string m = describe(rx_copy_wpa_msg());
-        reads++;
-        alphas += m == alpha;
-        bravos += m == bravo;
-        if (m != alpha && m != bravo && m != kEmpty) FAIL() << "torn record: " << m;
-    }
-    rx_wifi_monitor_stop();
-    EXPECT_GE(mShell.mPolls, 300);
-    EXPECT_GT(alphas, 0);
-    EXPECT_GT(bravos, 0);
-}
-
 // A poll that changes what the status bar shows wakes the main loop once;
 // one that changes nothing does not.
 TEST_F(WifiMonitorTest, AChangeOfStateOrSignalPostsOneRefresh) {
