@@ -128,6 +128,5 @@ void readStartFolder(FolderLoad* load, const StopFlag& stop) {
     // A stopped load has no reader: its window is going or gone.
     if (stop.isSet()) return;
     sLoading = false;
-    // Wakes the main loop to show the list.
-    pushEvent(EVENT_REFRESH);
+    if (!pushEvent(EVENT_FOLDER_READ)) tprintf("Failed to push folder read SDL event\n");
 }

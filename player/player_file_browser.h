@@ -7,6 +7,7 @@
 #include "platform/stop_flag.h"
 #include "toolkit/action.h"
 #include "toolkit/file_browser_menu.h"
+#include "toolkit/keycodes.h"
 #include "toolkit/kovani_surface.h"
 
 // Video extensions, compared with the text from a name's last "." on,
@@ -46,6 +47,10 @@ public:
     const bool* mPlaying;          // not owned: the window's playing flag
 };
 
+// The loader's word that the start folder is read (after the player
+// window's EVENT_DECODER_EXIT).
+enum { EVENT_FOLDER_READ = KEY_MAX_KEY + 2 };
+
 // The start folder as the loader thread reads it. Shared by that thread and
 // the window that shows it, so that a loader held up in a system call may
 // outlive the window without writing into anything the window owned.
@@ -65,5 +70,5 @@ extern std::atomic<bool> sLoading;
 
 // Body of the loader thread: reads the start folder into `load`, giving up
 // between two entries once `stop` is set. Unless stopped it then clears
-// sLoading and wakes the main loop.
+// sLoading and posts EVENT_FOLDER_READ.
 void readStartFolder(FolderLoad* load, const StopFlag& stop);

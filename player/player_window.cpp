@@ -370,6 +370,9 @@ int PlayerWindow::handleCode(int code) {
         return 0;
     case EVENT_PLAY_FILE:
         return onPlayFile();
+    case EVENT_FOLDER_READ:
+        // The list the user waits for: shown before anything else.
+        return WINDOW_SHOW_NOW;
     case WINDOW_CLOSE:
         openQuitDialog();
         return 0;

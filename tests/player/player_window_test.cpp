@@ -22,6 +22,7 @@
 #include "toolkit/dir_browser.h"
 #include "toolkit/input.h"
 #include "toolkit/screen.h"
+#include "toolkit/shared_skin.h"
 
 namespace {
 
@@ -250,6 +251,26 @@ TEST_F(PlayerWindowTest, ReportedTimesAreClampedBeforeTheSliderIsDrawn) {
         drawFrame(window);
         ASSERT_EQ(pixels(bar) != empty, r.slider) << r.duration << " " << r.position;
         ASSERT_TRUE(pixels(pastTrack) == emptyPast) << r.duration << " " << r.position;
+    }
+}
+
+// The loader's word asks for a frame at once, and that frame shows a row for
+// each of the folder's five entries (x, y, a.mp4, b.mkv, c.avi) and none
+// beyond.
+TEST_F(PlayerWindowTest, TheLoadersWordBringsAFrameShowingTheFolderRows) {
+    PlayerWindow* window = openPlayer();
+    ASSERT_TRUE(queued(EVENT_FOLDER_READ));
+    EXPECT_EQ(window->eventHandling(), (int)WINDOW_SHOW_NOW);
+    // A strip right of the labels, through every row's image.
+    const SDL_Rect strip = {500, 80, 4, 580};
+    clear(0, 0, 0);
+    gBackground->render(nullptr, nullptr, false, nullptr);
+    const std::vector<Uint32> background = pixels(strip);
+    drawFrame(*window);
+    const std::vector<Uint32> shown = pixels(strip);
+    for (int row = 0; row < 6; row++) {
+        const size_t middle = size_t((row * 96 + 48) * strip.w);
+        EXPECT_EQ(shown[middle] != background[middle], row < 5) << "row " << row;
     }
 }
 
