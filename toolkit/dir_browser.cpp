@@ -154,13 +154,19 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
 
     std::vector<TextMenuItem*> items;
     std::vector<ListKey> keys;
-    int leftOut = 0;  // past the limit
+    int leftOut = 0;  // names past the limit
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
         if (stop && stop->isSet()) {
             tprintf("loaddir %s: stopped\n", dir);
             break;
         }
         const char* name = entry->d_name;
+        if (items.size() >= size_t(kDirEntryLimit)) {
+            // Past the limit the rest is only counted for the log: a stat
+            // each would cost a huge folder far more than its list.
+            if (strcmp(name, ".") != 0 && strcmp(name, "..") != 0) leftOut++;
+            continue;
+        }
         memcpy(nameInPath, name, strlen(name) + 1);
         struct stat st;
         // Relative to the open folder, following links; a dangling link or a
@@ -175,10 +181,6 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
         } else {
             continue;
         }
-        if (items.size() >= size_t(kDirEntryLimit)) {
-            leftOut++;
-            continue;
-        }
         TextMenuItem* item = handler(name, path, type);
         if (!item) continue;
         items.push_back(item);
@@ -189,7 +191,7 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     const int count = int(items.size());
     tprintf("loaddir %s %d\n", dir, count);
     // The list cannot say so; the log at least does.
-    if (leftOut > 0) tprintf("loaddir %s: %d more folders and files left out\n", dir, leftOut);
+    if (leftOut > 0) tprintf("loaddir %s: %d more names left unread\n", dir, leftOut);
     free(path);
     return count;
 }
