@@ -82,13 +82,14 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mTipStart(loadSkin("skin/tips-START.png")),
       mTipSelect(loadSkin("skin/tips-SELECT.png")),
       mProgressBG(loadSkin("skin/progress-bg.png")),
-      mProgressBGFull(loadSkin("skin/progress-bg-full.png")),
+      mProgressBGFull(nullptr),
       mProgressLeft(loadSkin("skin/progress-slider-left.png")),
       mProgressMiddle(loadSkin("skin/progress-slider-middle.png")),
       mProgressRight(loadSkin("skin/progress-slider-right.png")),
       mIconPlay(loadSkin("skin/icon-player.png")),
-      mProgressTitleFull(loadSkin("skin/bg-full-screen-title.png")),
-      mCtlPanelBGFull(loadSkin("skin/bg-control-panel-full.png")),
+      mProgressTitleFull(nullptr),
+      mCtlPanelBGFull(nullptr),
+      mFullscreenImagesLoaded(false),
       mFullscreenMode(false),
       mPlaying(false),
       mDurationMS(0),
@@ -130,6 +131,14 @@ void PlayerWindow::releaseImages() {
         delete *image;
         *image = nullptr;
     }
+}
+
+void PlayerWindow::loadFullscreenImages() {
+    if (mFullscreenImagesLoaded) return;
+    mFullscreenImagesLoaded = true;
+    mProgressBGFull = loadSkin("skin/progress-bg-full.png");
+    mProgressTitleFull = loadSkin("skin/bg-full-screen-title.png");
+    mCtlPanelBGFull = loadSkin("skin/bg-control-panel-full.png");
 }
 
 void PlayerWindow::init() {
@@ -322,6 +331,7 @@ int PlayerWindow::handleCode(int code) {
     switch (code) {
     case KEY_SELECT_COIN:
         if (mPlaying) {
+            if (!mFullscreenMode) loadFullscreenImages();
             mFullscreenMode = !mFullscreenMode;
             setPlayerDisplayRect(mFullscreenMode, &mPlayer);
         }

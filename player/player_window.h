@@ -78,6 +78,8 @@ private:
     void drawTimes(int y);
     void drawProgress(KovaniSurface* background, int x, int y, int track);
     void releaseImages();
+    // The fullscreen view's images, loaded when it is first entered.
+    void loadFullscreenImages();
     void drawPanelImages();
     void drawPanelTimes();
     void clearTransparent();
@@ -92,7 +94,8 @@ private:
     bool stillLoading();
 
     PlayerFileBrowserMenu mMenu;
-    // Skin images, owned; any may be null (then not drawn).
+    // Skin images, owned; any may be null (then not drawn). The three of the
+    // fullscreen view stay null until it is first entered.
     KovaniSurface* mPlayerBG;
     KovaniSurface* mCtlPanelBG;
     KovaniSurface* mFullscreen;
@@ -114,6 +117,7 @@ private:
     KovaniSurface* mIconPlay;
     KovaniSurface* mProgressTitleFull;
     KovaniSurface* mCtlPanelBGFull;
+    bool mFullscreenImagesLoaded;
     bool mFullscreenMode;
     bool mPlaying;
     int mDurationMS;

@@ -274,6 +274,38 @@ TEST_F(PlayerWindowTest, TheLoadersWordBringsAFrameShowingTheFolderRows) {
     }
 }
 
+// The pictures of screens not shown yet wait until their screen opens: the
+// quit question's mask, the fullscreen panel.
+TEST_F(PlayerWindowTest, PicturesOfAScreenAreLoadedWhenItOpens) {
+    PlayerWindow& window = *openPlayer();
+    EXPECT_EQ(gBackgroundFloat, nullptr) << "no popup yet";
+    pressKey(window, KEY_B);  // back in the top folder: the quit question
+    ASSERT_EQ(mWindows.size(), 2u);
+    EXPECT_NE(gBackgroundFloat, nullptr);
+    delete mWindows.back();
+    mWindows.pop_back();
+
+    playEntry(window, 2);
+    ASSERT_TRUE(started("/a.mp4"));
+    pressKeys(window, {KEY_SELECT_COIN, KEY_RIGHT});
+    ASSERT_TRUE(window.isFullscreen());
+    drawFrame(window);
+    EXPECT_GT(pixel(30, 650).a, 0) << "the panel's picture, left of its times";
+}
+
+// What is decoded ahead is exactly what the first screen loads: nothing for
+// nothing, nothing of that screen decoded apart.
+TEST_F(PlayerWindowTest, TheFirstScreenTakesEveryPictureDecodedAheadAndNoOther) {
+    uninit_skin();
+    CaptureStdout log;
+    preload_skin();
+    init_skin();
+    mWindows.push_back(new PlayerWindow(nullptr, &mShell));
+    end_skin_preload();
+    const std::string text = log.finish();
+    EXPECT_EQ(text.find("image preload"), std::string::npos) << text;
+}
+
 // Going while a folder of kDirEntryLimit entries loads stops and joins the loader.
 TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
     const std::string huge = mRoot.path() + "/huge";
