@@ -47,8 +47,8 @@ public:
     const bool* mPlaying;          // not owned: the window's playing flag
 };
 
-// The loader's word that the start folder is read (after the player
-// window's EVENT_DECODER_EXIT).
+// The loader's word that the start folder is read (between the player
+// window's own events).
 enum { EVENT_FOLDER_READ = KEY_MAX_KEY + 2 };
 
 // The start folder as the loader thread reads it. Shared by that thread and
@@ -60,6 +60,10 @@ struct FolderLoad {
     const std::string startDir;  // empty: the top folder
     DirBrowser browser;          // the loader's while sLoading is set, then the main thread's
     std::vector<void*>* list;    // browser's list of the shown folder; null until read
+    // Set by the window once its first frame is on screen (and when it
+    // goes): the read waits for it, so that it never competes with that
+    // frame.
+    StopFlag firstFrameShown;
 };
 
 // True while the loader thread reads the start folder into its FolderLoad,
@@ -68,7 +72,9 @@ struct FolderLoad {
 // leaves it), which hands the FolderLoad to the main thread.
 extern std::atomic<bool> sLoading;
 
-// Body of the loader thread: reads the start folder into `load`, giving up
+// Body of the loader thread: once the window's first frame is on screen (or
+// kFirstFrameWaitMs passed), reads the start folder into `load`, giving up
 // between two entries once `stop` is set. Unless stopped it then clears
 // sLoading and posts EVENT_FOLDER_READ.
+const long kFirstFrameWaitMs = 250;
 void readStartFolder(FolderLoad* load, const StopFlag& stop);

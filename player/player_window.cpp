@@ -102,7 +102,8 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mCurrentNameIdx(-1),
       mDrawnKey(0),
       mStaticPicture(1280, 720),
-      mComposeStatic(true) {
+      mComposeStatic(true),
+      mFirstFrameNoted(false) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
     mMenu.setRect(listRect);
@@ -115,6 +116,7 @@ PlayerWindow::~PlayerWindow() {
     // two entries; a read held up inside a system call (a dead network mount)
     // is waited for a bounded time and then left to main's last step, so the
     // shutdown goes on and saves the settings.
+    if (mLoad) mLoad->firstFrameShown.set();
     mLoader.stop(kLoaderStopMs);
     releaseImages();
 }
@@ -380,6 +382,9 @@ int PlayerWindow::handleCode(int code) {
         return 0;
     case EVENT_PLAY_FILE:
         return onPlayFile();
+    case EVENT_FIRST_FRAME_SHOWN:
+        if (mLoad) mLoad->firstFrameShown.set();
+        return EVENT_REFRESH;
     case EVENT_FOLDER_READ:
         // The list the user waits for: shown before anything else.
         return WINDOW_SHOW_NOW;
@@ -554,6 +559,10 @@ int PlayerWindow::draw() {
     if (stillLoading()) {
         DrawString(gListFontTxt, SDL_Rect{0, 80, 620, 580}, getLangStr(STRING_READING_FILES),
                    gListColorTxt, ALIGN_CENTER);
+        // The folder is read once this frame is on screen: the loop
+        // presents it before it hands the window this word.
+        if (!mFirstFrameNoted) pushUserEvent(EVENT_FIRST_FRAME_SHOWN);
+        mFirstFrameNoted = true;
         return 0;
     }
     if (!mCurrentName.empty())
