@@ -103,7 +103,8 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mDrawnKey(0),
       mStaticPicture(1280, 720),
       mComposeStatic(true),
-      mFirstFrameNoted(false) {
+      mFirstFrameNoted(false),
+      mListShown(false) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
     mMenu.setRect(listRect);
@@ -517,9 +518,11 @@ void PlayerWindow::drawStaticParts() {
 
 // The static parts, transparent hole included, come from a picture composed
 // once and copied whole in place of the screen's clear; it holds the list's
-// normal row images too while the list is shown.
+// normal row images too while the list is shown. The frames the user waits
+// for at start, up to the first that shows the list, draw them directly:
+// making and filling the picture would only delay them.
 bool PlayerWindow::copyStaticParts() {
-    if (!mComposeStatic) {
+    if (!mComposeStatic || !mListShown) {
         mMenu.setNormalBackgroundsDrawn(false);
         return false;
     }
@@ -569,5 +572,6 @@ int PlayerWindow::draw() {
         DrawStringFitted(gStatFont, SDL_Rect{90, 27, navBarTitleRight(icons) - 90, 0}, mCurrentName.c_str(),
                          gListColorTxt);
     mMenu.draw();
+    mListShown = true;
     return 0;
 }

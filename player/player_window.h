@@ -138,6 +138,7 @@ private:
     StaticPicture mStaticPicture;
     bool mComposeStatic;
     bool mFirstFrameNoted;  // EVENT_FIRST_FRAME_SHOWN is posted
+    bool mListShown;        // a frame has shown the list: later ones use mStaticPicture
     Playlist mPlaylist;   // the folder the playing file came from
     std::shared_ptr<FolderLoad> mLoad;  // shared with the loader; null once shown
     OwnedThread mLoader;  // reads the start folder into mLoad; stopped on destruction
