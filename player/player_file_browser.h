@@ -47,8 +47,8 @@ public:
     const bool* mPlaying;          // not owned: the window's playing flag
 };
 
-// The loader's word that the start folder is read (between the player
-// window's own events).
+// The loader's word that the start folder is read; the player window's own
+// events (player_window.h) take the codes beside it.
 enum { EVENT_FOLDER_READ = KEY_MAX_KEY + 2 };
 
 // The start folder as the loader thread reads it. Shared by that thread and
@@ -72,9 +72,12 @@ struct FolderLoad {
 // leaves it), which hands the FolderLoad to the main thread.
 extern std::atomic<bool> sLoading;
 
+// How long the loader waits for the window's first frame before it reads
+// anyway: a window that is never drawn still gets its folder.
+const long kFirstFrameWaitMs = 250;
+
 // Body of the loader thread: once the window's first frame is on screen (or
 // kFirstFrameWaitMs passed), reads the start folder into `load`, giving up
 // between two entries once `stop` is set. Unless stopped it then clears
 // sLoading and posts EVENT_FOLDER_READ.
-const long kFirstFrameWaitMs = 250;
 void readStartFolder(FolderLoad* load, const StopFlag& stop);
