@@ -329,6 +329,15 @@ TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
     PlayerWindow* window = new PlayerWindow(nullptr, &mShell);
     window->init();
     showFirstFrame(*window);  // the read starts
+    // The loader holds the folder open while it reads.
+    const auto reading = [&huge] {
+        for (const auto& fd : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code ec;
+            if (std::filesystem::read_symlink(fd.path(), ec) == huge) return true;
+        }
+        return false;
+    };
+    for (int i = 0; i < 500 && !reading(); i++) SDL_Delay(10);
     delete window;
     const std::string log = capture.finish();
     EXPECT_NE(log.find("loaddir " + huge + ": stopped\n"), std::string::npos);
