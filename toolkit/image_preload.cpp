@@ -1,6 +1,7 @@
 #include "image_preload.h"
 
 #include <SDL2/SDL_image.h>
+#include <unistd.h>
 
 #include <condition_variable>
 #include <memory>
@@ -50,6 +51,10 @@ void decodeAll(const std::shared_ptr<Batch>& batch, const StopFlag& stop) {
 }  // namespace
 
 DecodedImage decodeImage(const std::string& path) {
+    // A file a theme lacks is looked for first: a failed load would leave
+    // its error in SDL's state for the thread, which SDL never frees for a
+    // thread it did not start.
+    if (access(path.c_str(), R_OK) != 0) return DecodedImage{nullptr, false};
     SDL_Surface* image = IMG_Load(path.c_str());
     if (!image) return DecodedImage{nullptr, false};
     // Without alpha the picture covers what lies beneath.
