@@ -20,7 +20,15 @@ PlaneCompositor::~PlaneCompositor() {
 }
 
 int PlaneCompositor::open(int w, int h) {
-    mUi = SDL_CreateTexture(mRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, w, h);
+    mWidth = w;
+    mHeight = h;
+    return 0;
+}
+
+bool PlaneCompositor::makeTextures() {
+    if (mUi) return true;
+    if (mBroken) return false;
+    mUi = SDL_CreateTexture(mRenderer, SDL_PIXELFORMAT_ARGB8888, SDL_TEXTUREACCESS_TARGET, mWidth, mHeight);
     // The decoder's rows are B, G, R, unused: RGB888 takes them as they are.
     mVideo = SDL_CreateTexture(mRenderer, SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_STREAMING,
                                kVideoPlaneWidth, kVideoPlaneHeight);
@@ -29,7 +37,8 @@ int PlaneCompositor::open(int w, int h) {
         if (mUi) SDL_DestroyTexture(mUi);
         if (mVideo) SDL_DestroyTexture(mVideo);
         mUi = mVideo = nullptr;
-        return -1;
+        mBroken = true;
+        return false;
     }
     // The interface plane holds premultiplied colour: SDL's blending onto a
     // plane cleared to transparent black yields exactly that. So over black
@@ -42,12 +51,11 @@ int PlaneCompositor::open(int w, int h) {
     // Both are copied pixel for pixel: filtering would only cost.
     SDL_SetTextureScaleMode(mUi, SDL_ScaleModeNearest);
     SDL_SetTextureScaleMode(mVideo, SDL_ScaleModeNearest);
-    mWidth = w;
-    mHeight = h;
-    return 0;
+    return true;
 }
 
 void PlaneCompositor::onFrame(const VideoRect& rect, const uint8_t* pixels, size_t stride) {
+    if (!makeTextures()) return;
     const SDL_Rect at = {rect.x, rect.y, rect.w, rect.h};
     if (SDL_UpdateTexture(mVideo, &at, pixels, (int)stride) != 0 && !mLoggedUpload) {
         tprintf("compositor: video frame upload fail: %s\n", SDL_GetError());
@@ -56,7 +64,7 @@ void PlaneCompositor::onFrame(const VideoRect& rect, const uint8_t* pixels, size
 }
 
 void PlaneCompositor::poll() {
-    if (mUi && mReader.poll(this, videoPlaneClockMs())) mChanged = true;
+    if (!mBroken && mReader.poll(this, videoPlaneClockMs())) mChanged = true;
 }
 
 PlaneCompositor::Change PlaneCompositor::videoChanged() {
@@ -65,7 +73,8 @@ PlaneCompositor::Change PlaneCompositor::videoChanged() {
         // Without a plane the window holds the interface alone, and after a
         // present it holds nothing to present again.
         mChanged = false;
-        if (!mReader.attached()) return VIDEO_SAME;
+        // Composed from the first picture on, which makes the planes.
+        if (!mReader.attached() || !mUi) return VIDEO_SAME;
         mComposing = true;
         SDL_SetRenderTarget(mRenderer, mUi);
         // The interface starts fully transparent, as the device's layer does.

@@ -31,9 +31,11 @@ public:
     PlaneCompositor(const PlaneCompositor&) = delete;
     PlaneCompositor& operator=(const PlaneCompositor&) = delete;
 
-    // Makes the interface plane (w x h) and the video texture. 0 on success;
-    // -1 (logged) when the renderer cannot, and then the interface always
-    // draws to the window, with no video beneath.
+    // Takes the interface plane's size (w x h); 0. The interface plane and
+    // the video texture are made when the first picture comes, so that a
+    // program that plays nothing never holds them. When the renderer cannot
+    // make them (logged once) the interface always draws to the window, with
+    // no video beneath.
     int open(int w, int h);
     // Whether the interface draws into its plane now (a video plane exists).
     bool composing() const { return mComposing; }
@@ -61,6 +63,8 @@ public:
 private:
     void onFrame(const VideoRect& rect, const uint8_t* pixels, size_t stride) override;
     void poll();
+    // False when the planes cannot be made (then never tried again).
+    bool makeTextures();
 
     SDL_Renderer* mRenderer;  // not owned
     SDL_Texture* mUi = nullptr;     // owned: the interface plane
@@ -71,4 +75,5 @@ private:
     bool mComposing = false;  // the interface draws into mUi
     bool mChanged = false;    // a frame or a change not presented yet
     bool mLoggedUpload = false;
+    bool mBroken = false;     // the planes could not be made
 };

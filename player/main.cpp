@@ -63,6 +63,8 @@ int main(int argc, char* argv[]) {
     gUserPath = devicePath(DEVICE_PATH_MNT);
     check_opts(argc, argv);
     applyUserFileRoot();
+    // Decoded while SDL and the screen open, which keep this thread busy.
+    preload_skin();
 
     if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_JOYSTICK) < 0) {
         tprintf("Couldn't initialize SDL: %s\n", SDL_GetError());
@@ -97,6 +99,7 @@ int main(int argc, char* argv[]) {
     const bool reopenSaved = !gSavedDir.empty() && gUserPath == devicePath(DEVICE_PATH_MNT);
     PlayerWindow* player = new PlayerWindow(reopenSaved ? gSavedDir.c_str() : nullptr);
     player->init();
+    end_skin_preload();
     windows.push_back(player);
     tprintf("runWindows %ld\n", systemms());
     runWindows(windows);

@@ -123,11 +123,12 @@ FolderLoad::FolderLoad(const std::string& root, const std::string& start)
     : rootDir(root), startDir(start), browser(file_handler, file_filter), list(nullptr) {}
 
 void readStartFolder(FolderLoad* load, const StopFlag& stop) {
+    load->firstFrameShown.sleepFor(kFirstFrameWaitMs);
+    if (stop.isSet()) return;
     load->list = load->browser.LoadDir(load->rootDir.c_str(),
                                        load->startDir.empty() ? nullptr : load->startDir.c_str(), &stop);
     // A stopped load has no reader: its window is going or gone.
     if (stop.isSet()) return;
     sLoading = false;
-    // Wakes the main loop to show the list.
-    pushEvent(EVENT_REFRESH);
+    if (!pushEvent(EVENT_FOLDER_READ)) tprintf("Failed to push folder read SDL event\n");
 }

@@ -7,6 +7,7 @@
 #include "platform/stop_flag.h"
 #include "toolkit/action.h"
 #include "toolkit/file_browser_menu.h"
+#include "toolkit/keycodes.h"
 #include "toolkit/kovani_surface.h"
 
 // Video extensions, compared with the text from a name's last "." on,
@@ -46,6 +47,10 @@ public:
     const bool* mPlaying;          // not owned: the window's playing flag
 };
 
+// The loader's word that the start folder is read; the player window's own
+// events (player_window.h) take the codes beside it.
+enum { EVENT_FOLDER_READ = KEY_MAX_KEY + 2 };
+
 // The start folder as the loader thread reads it. Shared by that thread and
 // the window that shows it, so that a loader held up in a system call may
 // outlive the window without writing into anything the window owned.
@@ -55,6 +60,10 @@ struct FolderLoad {
     const std::string startDir;  // empty: the top folder
     DirBrowser browser;          // the loader's while sLoading is set, then the main thread's
     std::vector<void*>* list;    // browser's list of the shown folder; null until read
+    // Set by the window once its first frame is on screen (and when it
+    // goes): the read waits for it, so that it never competes with that
+    // frame.
+    StopFlag firstFrameShown;
 };
 
 // True while the loader thread reads the start folder into its FolderLoad,
@@ -63,7 +72,12 @@ struct FolderLoad {
 // leaves it), which hands the FolderLoad to the main thread.
 extern std::atomic<bool> sLoading;
 
-// Body of the loader thread: reads the start folder into `load`, giving up
+// How long the loader waits for the window's first frame before it reads
+// anyway: a window that is never drawn still gets its folder.
+const long kFirstFrameWaitMs = 250;
+
+// Body of the loader thread: once the window's first frame is on screen (or
+// kFirstFrameWaitMs passed), reads the start folder into `load`, giving up
 // between two entries once `stop` is set. Unless stopped it then clears
-// sLoading and wakes the main loop.
+// sLoading and posts EVENT_FOLDER_READ.
 void readStartFolder(FolderLoad* load, const StopFlag& stop);

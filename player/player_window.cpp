@@ -81,13 +81,14 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mTipStart(loadSkin("skin/tips-START.png")),
       mTipSelect(loadSkin("skin/tips-SELECT.png")),
       mProgressBG(loadSkin("skin/progress-bg.png")),
-      mProgressBGFull(loadSkin("skin/progress-bg-full.png")),
+      mProgressBGFull(nullptr),
       mProgressLeft(loadSkin("skin/progress-slider-left.png")),
       mProgressMiddle(loadSkin("skin/progress-slider-middle.png")),
       mProgressRight(loadSkin("skin/progress-slider-right.png")),
       mIconPlay(loadSkin("skin/icon-player.png")),
-      mProgressTitleFull(loadSkin("skin/bg-full-screen-title.png")),
-      mCtlPanelBGFull(loadSkin("skin/bg-control-panel-full.png")),
+      mProgressTitleFull(nullptr),
+      mCtlPanelBGFull(nullptr),
+      mFullscreenImagesLoaded(false),
       mFullscreenMode(false),
       mPlaying(false),
       mDurationMS(0),
@@ -99,7 +100,9 @@ PlayerWindow::PlayerWindow(const char* startDir, DecoderShell* shell)
       mLastPlayedTime(0),
       mDrawnKey(0),
       mStaticPicture(1280, 720),
-      mComposeStatic(true) {
+      mComposeStatic(true),
+      mFirstFrameNoted(false),
+      mListShown(false) {
     mDispBuf[0] = '\0';
     SDL_Rect listRect = {0, 80, 620, 580};
     mMenu.setRect(listRect);
@@ -112,6 +115,7 @@ PlayerWindow::~PlayerWindow() {
     // two entries; a read held up inside a system call (a dead network mount)
     // is waited for a bounded time and then left to main's last step, so the
     // shutdown goes on and saves the settings.
+    if (mLoad) mLoad->firstFrameShown.set();
     mLoader.stop(kLoaderStopMs);
     releaseImages();
 }
@@ -128,6 +132,14 @@ void PlayerWindow::releaseImages() {
         delete *image;
         *image = nullptr;
     }
+}
+
+void PlayerWindow::loadFullscreenImages() {
+    if (mFullscreenImagesLoaded) return;
+    mFullscreenImagesLoaded = true;
+    mProgressBGFull = loadSkin("skin/progress-bg-full.png");
+    mProgressTitleFull = loadSkin("skin/bg-full-screen-title.png");
+    mCtlPanelBGFull = loadSkin("skin/bg-control-panel-full.png");
 }
 
 void PlayerWindow::init() {
@@ -329,6 +341,7 @@ int PlayerWindow::handleCode(int code) {
     switch (code) {
     case KEY_SELECT_COIN:
         if (mPlaying) {
+            if (!mFullscreenMode) loadFullscreenImages();
             mFullscreenMode = !mFullscreenMode;
             setPlayerDisplayRect(mFullscreenMode, &mPlayer);
         }
@@ -377,6 +390,12 @@ int PlayerWindow::handleCode(int code) {
         return 0;
     case EVENT_PLAY_FILE:
         return onPlayFile();
+    case EVENT_FIRST_FRAME_SHOWN:
+        if (mLoad) mLoad->firstFrameShown.set();
+        return EVENT_REFRESH;
+    case EVENT_FOLDER_READ:
+        // The list the user waits for: shown before anything else.
+        return WINDOW_SHOW_NOW;
     case WINDOW_CLOSE:
         openQuitQuestion(&mPlayer, mMenu.getCurrentDir());
         return 0;
@@ -506,9 +525,11 @@ void PlayerWindow::drawStaticParts() {
 
 // The static parts, transparent hole included, come from a picture composed
 // once and copied whole in place of the screen's clear; it holds the list's
-// normal row images too while the list is shown.
+// normal row images too while the list is shown. The frames the user waits
+// for at start, up to the first that shows the list, draw them directly:
+// making and filling the picture would only delay them.
 bool PlayerWindow::copyStaticParts() {
-    if (!mComposeStatic) {
+    if (!mComposeStatic || !mListShown) {
         mMenu.setNormalBackgroundsDrawn(false);
         return false;
     }
@@ -548,11 +569,16 @@ int PlayerWindow::draw() {
     if (stillLoading()) {
         DrawString(gListFontTxt, SDL_Rect{0, 80, 620, 580}, getLangStr(STRING_READING_FILES),
                    gListColorTxt, ALIGN_CENTER);
+        // The folder is read once this frame is on screen: the loop
+        // presents it before it hands the window this word.
+        if (!mFirstFrameNoted) pushUserEvent(EVENT_FIRST_FRAME_SHOWN);
+        mFirstFrameNoted = true;
         return 0;
     }
     if (!mCurrentName.empty())
         DrawStringFitted(gStatFont, SDL_Rect{90, 27, navBarTitleRight(icons) - 90, 0}, mCurrentName.c_str(),
                          gListColorTxt);
     mMenu.draw();
+    mListShown = true;
     return 0;
 }

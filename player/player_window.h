@@ -14,8 +14,10 @@
 #include "toolkit/static_picture.h"
 #include "toolkit/window.h"
 
-// The player's own event: the decoder exited without being stopped.
-enum { EVENT_DECODER_EXIT = KEY_MAX_KEY + 1 };
+// The player's own events: the decoder exited without being stopped; the
+// window's first frame is on screen (the window's word to itself, after
+// EVENT_FOLDER_READ of player_file_browser.h).
+enum { EVENT_DECODER_EXIT = KEY_MAX_KEY + 1, EVENT_FIRST_FRAME_SHOWN = KEY_MAX_KEY + 3 };
 
 // Hands the decoder's news to the main thread as SDL user events; runs on
 // the decoder client's threads and touches nothing else.
@@ -77,6 +79,8 @@ private:
     void drawTimes(int y);
     void drawProgress(KovaniSurface* background, int x, int y, int track);
     void releaseImages();
+    // The fullscreen view's images, loaded when it is first entered.
+    void loadFullscreenImages();
     void drawPanelImages();
     void drawPanelTimes();
     void clearTransparent();
@@ -91,7 +95,8 @@ private:
     bool stillLoading();
 
     PlayerFileBrowserMenu mMenu;
-    // Skin images, owned; any may be null (then not drawn).
+    // Skin images, owned; any may be null (then not drawn). The three of the
+    // fullscreen view stay null until it is first entered.
     KovaniSurface* mPlayerBG;
     KovaniSurface* mCtlPanelBG;
     KovaniSurface* mFullscreen;
@@ -113,6 +118,7 @@ private:
     KovaniSurface* mIconPlay;
     KovaniSurface* mProgressTitleFull;
     KovaniSurface* mCtlPanelBGFull;
+    bool mFullscreenImagesLoaded;
     bool mFullscreenMode;
     bool mPlaying;
     int mDurationMS;
@@ -130,6 +136,8 @@ private:
     uint64_t mDrawnKey;   // viewKey() of the last frame drawn
     StaticPicture mStaticPicture;
     bool mComposeStatic;
+    bool mFirstFrameNoted;  // EVENT_FIRST_FRAME_SHOWN is posted
+    bool mListShown;        // a frame has shown the list: later ones use mStaticPicture
     Playlist mPlaylist;   // the folder the playing file came from
     std::shared_ptr<FolderLoad> mLoad;  // shared with the loader; null once shown
     OwnedThread mLoader;  // reads the start folder into mLoad; stopped on destruction

@@ -36,52 +36,55 @@ void deleteMenu(std::vector<void*>* menu) {
 // pointer, let alone an entry or its action.
 struct ListKey {
     int type;
+    uint32_t index;      // reading order, which decides between equal labels
     uint64_t prefix[2];  // the label's first 16 bytes, big-endian, zero after its end
     const char* label;   // the entry's mLabel, which outlives the sort
     TextMenuItem* item;
 };
 
 // Made as the entry is read, while it and its action are still in the cache.
-ListKey keyOf(TextMenuItem* item) {
-    ListKey key = {static_cast<const FileAction*>(item->mAction)->mFileType, {0, 0}, item->mLabel.c_str(), item};
+ListKey keyOf(TextMenuItem* item, size_t index) {
+    ListKey key = {static_cast<const FileAction*>(item->mAction)->mFileType, uint32_t(index), {0, 0},
+                   item->mLabel.c_str(), item};
     for (int i = 0; i < 16 && key.label[i]; i++)
         key.prefix[i / 8] |= uint64_t(uint8_t(key.label[i])) << (56 - 8 * (i % 8));
     return key;
 }
 
-// Unsigned bytes compared in order, as strcmp does.
+// Unsigned bytes compared in order, as strcmp does; equal labels keep the
+// reading order.
 bool listsBefore(const ListKey& a, const ListKey& b) {
     if (a.type != b.type) return a.type > b.type;
     if (a.prefix[0] != b.prefix[0]) return a.prefix[0] < b.prefix[0];
     if (a.prefix[1] != b.prefix[1]) return a.prefix[1] < b.prefix[1];
     // The same 16 bytes: a label that ends within them equals the other.
-    if ((a.prefix[1] & 0xff) == 0) return false;
-    return strcmp(a.label + 16, b.label + 16) < 0;
+    const int rest = (a.prefix[1] & 0xff) == 0 ? 0 : strcmp(a.label + 16, b.label + 16);
+    return rest != 0 ? rest < 0 : a.index < b.index;
 }
 
 // Inserts a folder's entries, given in the order they were read, with
 // additemsorted. Fed in list order each insertion lands at the end, so
 // nothing is moved and a folder costs one sort instead of time growing with
-// the square of its size. The stable sort keeps entries with equal type and
-// label in reading order, so the result is the same as inserting them as
-// read. `keys` holds a key for each entry with an action. Entries without
-// one have no such order: with one in the list or among the new entries,
-// they are inserted as read.
-void insertAll(std::vector<void*>* list, std::vector<TextMenuItem*>& items, std::vector<ListKey>& keys) {
+// the square of its size. Entries with equal type and label keep their
+// reading order, so the result is the same as inserting them as read, and
+// the sort needs no second buffer. `keys` holds a key for each entry with an
+// action. Entries without one have no such order: with one in the list or
+// among the new entries, they are inserted as read.
+void insertAll(std::vector<void*>* list, std::vector<void*>& items, std::vector<ListKey>& keys) {
     const auto hasAction = [](const void* entry) { return static_cast<const TextMenuItem*>(entry)->mAction; };
     const bool ordered = keys.size() == items.size() && std::all_of(list->begin(), list->end(), hasAction);
     if (ordered) {
-        std::stable_sort(keys.begin(), keys.end(), listsBefore);
+        std::sort(keys.begin(), keys.end(), listsBefore);
         for (size_t i = 0; i < keys.size(); i++) items[i] = keys[i].item;
     }
     // Sorted entries of an empty list are already where inserting them
     // would put them: no search is needed.
     if (ordered && list->empty()) {
-        list->assign(items.begin(), items.end());
+        list->swap(items);
         return;
     }
     list->reserve(list->size() + items.size());
-    for (TextMenuItem* item : items) additemsorted(list, item);
+    for (void* item : items) additemsorted(list, static_cast<TextMenuItem*>(item));
 }
 
 size_t entryCount(const std::vector<MenuCache>& cache) {
@@ -152,15 +155,25 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     path[dirLen] = '/';
     char* const nameInPath = path + dirLen + 1;
 
-    std::vector<TextMenuItem*> items;
+    // Room for a full folder from the start: only what is filled costs
+    // memory, and a big folder's entries are never copied to a larger place.
+    std::vector<void*> items;
     std::vector<ListKey> keys;
-    int leftOut = 0;  // past the limit
+    items.reserve(kDirEntryLimit);
+    keys.reserve(kDirEntryLimit);
+    int leftOut = 0;  // names past the limit
     for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
         if (stop && stop->isSet()) {
             tprintf("loaddir %s: stopped\n", dir);
             break;
         }
         const char* name = entry->d_name;
+        if (items.size() >= size_t(kDirEntryLimit)) {
+            // Past the limit the rest is only counted for the log: a stat
+            // each would cost a huge folder far more than its list.
+            if (strcmp(name, ".") != 0 && strcmp(name, "..") != 0) leftOut++;
+            continue;
+        }
         memcpy(nameInPath, name, strlen(name) + 1);
         struct stat st;
         // Relative to the open folder, following links; a dangling link or a
@@ -175,21 +188,17 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
         } else {
             continue;
         }
-        if (items.size() >= size_t(kDirEntryLimit)) {
-            leftOut++;
-            continue;
-        }
         TextMenuItem* item = handler(name, path, type);
         if (!item) continue;
+        if (item->mAction) keys.push_back(keyOf(item, items.size()));
         items.push_back(item);
-        if (item->mAction) keys.push_back(keyOf(item));
     }
     closedir(folder);
-    insertAll(list, items, keys);
     const int count = int(items.size());
+    insertAll(list, items, keys);
     tprintf("loaddir %s %d\n", dir, count);
     // The list cannot say so; the log at least does.
-    if (leftOut > 0) tprintf("loaddir %s: %d more folders and files left out\n", dir, leftOut);
+    if (leftOut > 0) tprintf("loaddir %s: %d more names left unread\n", dir, leftOut);
     free(path);
     return count;
 }

@@ -33,7 +33,8 @@ const int kDirDepthLimit = 64;
 // `handler` for an entry and inserts it in list order (additemsorted).
 // Hidden folders are left out, ".." too unless `withParent` is set; files are
 // all offered. At most kDirEntryLimit entries are taken, in the order the file
-// system yields them; how many more there were is logged. A set `stop` (may
+// system yields them; the names after that are counted for the log, not
+// looked at. A set `stop` (may
 // be null) ends the reading between two entries; those read so far are
 // added. Returns the number of entries added, 0 when the folder cannot be
 // opened, -1 when no path buffer could be allocated.

@@ -51,6 +51,7 @@ void FloatWindow::quit() {}
 
 void FloatWindow::init() {
     if (!mSnapshot) mSnapshot = captureScreen();
+    loadPopupSkin();
 }
 
 void FloatWindow::saveState(cJSON*) {}

@@ -21,6 +21,7 @@ public:
     int draw() override;
     void quit() override;
     // Captures the screen the first time; later calls keep that picture.
+    // Loads the shared mask when no popup has yet.
     void init() override;
     void saveState(cJSON* state) override;
     int restoreState(cJSON* state) override;

@@ -67,4 +67,5 @@ enum {
     WINDOW_QUIT_ALL = 1004,     // end the main loop
     WINDOW_CLOSE_LAST = 1005,   // close the top window even when it is the last
     WINDOW_HANDLED = 1008,      // handled; nothing for the loop to do
+    WINDOW_SHOW_NOW = 1009,     // handled; what changed is drawn at once, ahead of the pace
 };

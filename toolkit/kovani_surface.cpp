@@ -1,10 +1,10 @@
 #include "kovani_surface.h"
 
-#include <SDL2/SDL_image.h>
 #include <stdio.h>
 
 #include <string>
 
+#include "image_preload.h"
 #include "platform/logger.h"
 #include "screen.h"
 
@@ -36,29 +36,27 @@ void dumpCanvas(SDL_Texture* canvas, const char* path) {
     SDL_FreeSurface(shot);
 }
 
+// Whether a picture of w x h covers the target it is about to be drawn on
+// (the canvas, a texture, or else the window) pixel for pixel.
+bool fillsTargetExactly(int w, int h) {
+    SDL_Texture* target = ScreenTargetTexture();
+    if (!target) target = SDL_GetRenderTarget(gRenderer);
+    int tw = 0, th = 0;
+    const int result =
+        target ? SDL_QueryTexture(target, nullptr, nullptr, &tw, &th) : SDL_GetRendererOutputSize(gRenderer, &tw, &th);
+    return result == 0 && tw == w && th == h;
+}
+
 KovaniSurface* loadPath(const std::string& path) {
-    SDL_Surface* image = IMG_Load(path.c_str());
-    if (!image) return nullptr;
-    if (image->format->BytesPerPixel != 4) {
-        SDL_Surface* wide = newArgbSurface(image->w, image->h);
-        if (!wide) {
-            tprintf("convert %s fail : %s\n", path.c_str(), SDL_GetError());
-            SDL_FreeSurface(image);
-            return nullptr;
-        }
-        tprintf("copy %dx%d %d:%d->%dx%d %d:%d\n", image->w, image->h, image->pitch,
-                image->format->BytesPerPixel, wide->w, wide->h, wide->pitch,
-                wide->format->BytesPerPixel);
-        SDL_BlitSurface(image, nullptr, wide, nullptr);
-        SDL_FreeSurface(image);
-        image = wide;
-    }
-    SDL_Texture* texture = SDL_CreateTextureFromSurface(gRenderer, image);
-    if (!texture) {
-        SDL_FreeSurface(image);
-        return nullptr;
-    }
-    return new SDL2KovaniSurface(texture, image);
+    DecodedImage image;
+    if (!takePreloadedImage(path, &image)) image = decodeImage(path);
+    if (!image.pixels) return nullptr;
+    SDL_Texture* texture = SDL_CreateTextureFromSurface(gRenderer, image.pixels);
+    // The texture holds the picture from now on.
+    SDL_FreeSurface(image.pixels);
+    if (!texture) return nullptr;
+    if (image.opaque) SDL_SetTextureBlendMode(texture, SDL_BLENDMODE_NONE);
+    return new SDL2KovaniSurface(texture, nullptr);
 }
 
 }  // namespace
@@ -107,7 +105,8 @@ int SDL2KovaniSurface::render(SDL_Rect* src, SDL_Rect* dst, bool keepOwnSize,
     }
     // Drawn at its own size, filtering changes no pixel but costs a lot on
     // a software renderer; scaled, it smooths.
-    const bool exact = to && to->w == (src ? src->w : mWidth) && to->h == (src ? src->h : mHeight);
+    const bool exact = to ? to->w == (src ? src->w : mWidth) && to->h == (src ? src->h : mHeight)
+                          : fillsTargetExactly(src ? src->w : mWidth, src ? src->h : mHeight);
     if (exact != mExactScale) {
         SDL_SetTextureScaleMode(mTexture, exact ? SDL_ScaleModeNearest : SDL_ScaleModeLinear);
         mExactScale = exact;

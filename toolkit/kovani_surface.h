@@ -61,7 +61,7 @@ public:
 
 private:
     SDL_Texture* mTexture;  // owned
-    SDL_Surface* mPixels;   // owned, may be NULL: what the texture was made from
+    SDL_Surface* mPixels;   // owned, may be NULL: the pixels last read back by getPixels
     int mWidth;
     int mHeight;
     bool mExactScale;  // the texture samples without filtering

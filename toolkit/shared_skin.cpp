@@ -58,7 +58,7 @@ struct ImageSlot {
     const char* name;
 };
 
-// Loading order.
+// Loading order: what every full-screen window shows.
 const ImageSlot sImages[] = {
     {&gIconVideo, "skin/ic-video.png"},
     {&gIconFolder, "skin/ic-folder.png"},
@@ -67,8 +67,8 @@ const ImageSlot sImages[] = {
     {&gIconMenu, "skin/tips-MENU2.png"},
     {&gIconA, "skin/tips-A.png"},
     {&gIconB, "skin/tips-B.png"},
-    {&gBackgroundFloat, "skin/float-win-mask.png"},
 };
+const ImageSlot sPopupMask = {&gBackgroundFloat, "skin/float-win-mask.png"};
 
 // Deleting order.
 KovaniSurface** const sImagesToDelete[] = {
@@ -102,7 +102,14 @@ void init_shared_skin() {
     gPopupColorTxt = white;
     gPopupColorBtn = white;
 
-    for (const FontSlot& slot : sFonts) *slot.font = open_font(sFontFolder, sFontFile, slot.size);
+    // Slots of one size share a font: the same face and glyphs, opened and
+    // held once.
+    for (const FontSlot& slot : sFonts) {
+        *slot.font = nullptr;
+        for (const FontSlot* earlier = sFonts; earlier != &slot && !*slot.font; earlier++)
+            if (earlier->size == slot.size) *slot.font = *earlier->font;
+        if (!*slot.font) *slot.font = open_font(sFontFolder, sFontFile, slot.size);
+    }
 
     for (const ImageSlot& slot : sImages) {
         *slot.image = LoadKovaniSurface(gThemePath, "./", slot.name);
@@ -111,10 +118,17 @@ void init_shared_skin() {
     }
 }
 
+void loadPopupSkin() {
+    if (!*sPopupMask.image) *sPopupMask.image = LoadKovaniSurface(gThemePath, "./", sPopupMask.name);
+}
+
 void uninit_shared_skin() {
     for (const FontSlot& slot : sFonts) {
-        if (*slot.font) TTF_CloseFont(*slot.font);
-        *slot.font = nullptr;
+        TTF_Font* font = *slot.font;
+        if (!font) continue;
+        TTF_CloseFont(font);
+        for (const FontSlot& other : sFonts)
+            if (*other.font == font) *other.font = nullptr;
     }
     for (KovaniSurface** image : sImagesToDelete) {
         delete *image;

@@ -46,7 +46,11 @@ extern KovaniSurface* gBackgroundFloat;
 TTF_Font* open_font(const char* folder, const char* file, int size);
 
 // Sets the colours, opens the fonts from "./regular.ttf" and loads the images
-// from gThemePath, falling back to "./". Needs TTF_Init and ScreenInit.
+// from gThemePath, falling back to "./". Needs TTF_Init and ScreenInit. The
+// popups' mask gBackgroundFloat waits for loadPopupSkin.
 void init_shared_skin();
+// Loads gBackgroundFloat unless it is loaded: a popup about to open calls
+// it, so that a start never decodes a picture no screen shows yet.
+void loadPopupSkin();
 // Closes the fonts and deletes the images, setting each to NULL.
 void uninit_shared_skin();

@@ -10,9 +10,8 @@ StaticPicture::StaticPicture(int width, int height)
       mPlain(nullptr),
       mWithRows(nullptr),
       mPlainKey(0),
-      mRowsKey(0),
-      mRows(0),
-      mRowsVersion(0),
+      mRowsShown{0, 0, 0},
+      mRowsAsked{0, 0, 0},
       mBroken(false) {}
 
 StaticPicture::~StaticPicture() {
@@ -52,17 +51,18 @@ bool StaticPicture::copy(uint32_t key, const std::function<void()>& draw, TextMe
 }
 
 bool StaticPicture::copyWithRows(TextMenuDrawer* list) {
-    const int rows = list->visibleRows();
-    if (rows < 1 || !make(&mWithRows)) return false;
-    if (mRowsKey != mPlainKey || mRows != rows || mRowsVersion != list->rowImagesVersion()) {
+    const Rows wanted = {mPlainKey, list->visibleRows(), list->rowImagesVersion()};
+    const bool again = wanted == mRowsAsked;
+    mRowsAsked = wanted;
+    if (wanted.rows < 1) return false;
+    if (!(mRowsShown == wanted)) {
+        if (!again || !make(&mWithRows)) return false;
         SDL_Texture* target = SDL_GetRenderTarget(gRenderer);
         SDL_SetRenderTarget(gRenderer, mWithRows);
         SDL_RenderCopy(gRenderer, mPlain, nullptr, nullptr);
-        list->drawNormalBackgrounds(rows);
+        list->drawNormalBackgrounds(wanted.rows);
         SDL_SetRenderTarget(gRenderer, target);
-        mRowsKey = mPlainKey;
-        mRows = rows;
-        mRowsVersion = list->rowImagesVersion();
+        mRowsShown = wanted;
     }
     const SDL_Rect screen = {0, 0, mWidth, mHeight};
     SDL_Rect row, hole;

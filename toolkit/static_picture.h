@@ -16,7 +16,9 @@ class TextMenuDrawer;
 // takes the cursor row's place from the first one, and the list draws only
 // its cursor row's image. While a key is held down in a long list the rows'
 // images stay where they are and only their texts move, so this spares
-// blending six row images every frame. The result is the same pixels.
+// blending six row images every frame. It is composed only when a second
+// frame asks for the same rows: a list's first frame, which the user waits
+// for, draws its rows itself. The result is the same pixels.
 // Main thread only; the renderer must outlive it.
 class StaticPicture {
 public:
@@ -33,6 +35,15 @@ public:
     bool copy(uint32_t key, const std::function<void()>& draw, TextMenuDrawer* list);
 
 private:
+    // What a picture with rows shows: the parts' key, the rows, the list's
+    // row images.
+    struct Rows {
+        uint32_t key;
+        int rows;
+        unsigned version;
+        bool operator==(const Rows& o) const { return key == o.key && rows == o.rows && version == o.version; }
+    };
+
     bool make(SDL_Texture** texture);
     bool copyWithRows(TextMenuDrawer* list);
 
@@ -41,8 +52,7 @@ private:
     SDL_Texture* mPlain;     // owned: the parts alone; null until first needed
     SDL_Texture* mWithRows;  // owned: mPlain plus the normal row images
     uint32_t mPlainKey;      // what mPlain shows; 0: nothing yet
-    uint32_t mRowsKey;       // mPlainKey when mWithRows was made from mPlain
-    int mRows;               // rows in mWithRows
-    unsigned mRowsVersion;   // the list's row images then
+    Rows mRowsShown;         // what mWithRows shows; key 0: nothing yet
+    Rows mRowsAsked;         // what the last frame with a list asked for
     bool mBroken;            // a texture could not be made: never tried again
 };

@@ -30,15 +30,15 @@ KovaniSurface* getCachedSurface(TTF_Font* font, const char* text, SDL_Color colo
     if (ink.a == 0) ink.a = 255;
     SDL_Surface* rendered = TTF_RenderUTF8_Blended(font, text, ink);
     SDL_Texture* texture = rendered ? SDL_CreateTextureFromSurface(gRenderer, rendered) : nullptr;
+    SDL_FreeSurface(rendered);
     if (!texture) {
         // Remembered like a text drawn: one that cannot be (wider than the
         // largest texture) is tried once, not on every frame.
         tprintf("text \"%.40s\" (%zu bytes) cannot be drawn: %s\n", text, strlen(text), SDL_GetError());
-        SDL_FreeSurface(rendered);
         gTextSurfaceCache.put(sTextKeyBuf, new AbsentSurface());
         return nullptr;
     }
-    KovaniSurface* surface = new SDL2KovaniSurface(texture, rendered);
+    KovaniSurface* surface = new SDL2KovaniSurface(texture, nullptr);
     gTextSurfaceCache.put(sTextKeyBuf, surface);
     return surface;
 }

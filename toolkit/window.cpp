@@ -90,9 +90,10 @@ bool eventPending() {
 
 // Feeds every pending event to the window on top when it is handled. Sets
 // *changed when anything was handled that may show (every event except a
-// bare refresh) or the stack changed. Returns the quit code that ends the
-// loop, or 0.
-int handleEvents(std::vector<KovaniWindow*>& list, bool* changed) {
+// bare refresh) or the stack changed, and *showNow when the window asked for
+// its frame at once (the events left wait for it). Returns the quit code
+// that ends the loop, or 0.
+int handleEvents(std::vector<KovaniWindow*>& list, bool* changed, bool* showNow) {
     for (int calls = 0; calls < kMaxEventCallsPerFrame; calls++) {
         if (!eventPending()) return quitRequested() ? WINDOW_QUIT : 0;
         // Each event goes to the window on top when it is handled: MENU and
@@ -104,6 +105,10 @@ int handleEvents(std::vector<KovaniWindow*>& list, bool* changed) {
         if (code == WINDOW_QUIT || code == WINDOW_QUIT_ALL) return code;
         if (code == EVENT_REFRESH) return 0;
         *changed = true;
+        if (code == WINDOW_SHOW_NOW) {
+            *showNow = true;
+            return 0;
+        }
         if (code == WINDOW_CLOSE || code == WINDOW_CLOSE_LAST) {
             if (code == WINDOW_CLOSE_LAST || list.size() >= 2) {
                 tprintf("a is %d, popup current window\n", code);
@@ -200,8 +205,13 @@ void runWindows(std::vector<KovaniWindow*>& list) {
             lastDraw = now - kFrameMs;
             continue;
         }
-        quitCode = handleEvents(list, &dirty);
+        bool showNow = false;
+        quitCode = handleEvents(list, &dirty, &showNow);
         if (quitCode || list.empty()) break;
+        if (showNow) {
+            lastDraw = now - kFrameMs;
+            continue;
+        }
         if (eventPending()) continue;
         if (quitRequested()) {
             quitCode = WINDOW_QUIT;

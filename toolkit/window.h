@@ -67,7 +67,9 @@ void bootFastFrames();
 // loop sleeps until an event arrives, the window's nextRedrawMs() or the next
 // look at the status bar. Events are handled as soon as they arrive; drawing
 // is held to at most one frame per 100 ms, or per 33 ms while the fast-frame
-// budget lasts. A new picture of the video beneath the interface (desktop)
+// budget lasts, but for a frame the window asks for at once by returning
+// WINDOW_SHOW_NOW (a sight the user waits for), which comes before the
+// events still queued. A new picture of the video beneath the interface (desktop)
 // is presented as it arrives, without drawing the window again.
 void runWindows(std::vector<KovaniWindow*>& list);
 

@@ -7,6 +7,9 @@
 //                    whole each frame as any program with such a background
 //                    must, since a frame after a present starts undefined
 //   sdl_peer cmd F   writes "play" into file F on every Return key
+//   sdl_peer text F  opens a renderer as the player does and font file F,
+//                    presents one text, then waits for events: the least a
+//                    start to a first frame takes
 #include <SDL2/SDL.h>
 #include <SDL2/SDL_ttf.h>
 #include <stdio.h>
@@ -78,6 +81,22 @@ int list(SDL_Window* window, bool image) {
     return 0;
 }
 
+int text(SDL_Window* window, const char* fontFile) {
+    SDL_Renderer* r = SDL_CreateRenderer(window, -1, SDL_RENDERER_ACCELERATED | SDL_RENDERER_PRESENTVSYNC);
+    TTF_Font* font = TTF_OpenFont(fontFile, 36);
+    if (!r || !font) return 1;
+    SDL_Surface* s = TTF_RenderUTF8_Blended(font, "Reading files...", SDL_Color{255, 255, 255, 255});
+    SDL_Texture* t = s ? SDL_CreateTextureFromSurface(r, s) : nullptr;
+    if (!t) return 1;
+    SDL_SetRenderDrawColor(r, 20, 24, 32, 255);
+    SDL_RenderClear(r);
+    SDL_Rect at = {(1280 - s->w) / 2, (720 - s->h) / 2, s->w, s->h};
+    SDL_RenderCopy(r, t, nullptr, &at);
+    SDL_FreeSurface(s);
+    SDL_RenderPresent(r);
+    return idle(window);
+}
+
 int command(SDL_Window*, const char* path) {
     SDL_Event e;
     while (SDL_WaitEvent(&e)) {
@@ -104,6 +123,7 @@ int main(int argc, char** argv) {
     if (strcmp(argv[1], "list") == 0) rc = list(window, false);
     if (strcmp(argv[1], "imagelist") == 0) rc = list(window, true);
     if (strcmp(argv[1], "cmd") == 0 && argc > 2) rc = command(window, argv[2]);
+    if (strcmp(argv[1], "text") == 0 && argc > 2) rc = text(window, argv[2]);
     SDL_DestroyWindow(window);
     TTF_Quit();
     SDL_Quit();

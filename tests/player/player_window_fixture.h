@@ -81,12 +81,21 @@ protected:
         clear(200, 0, 40);  // junk a frame must cover
         window.draw();
     }
+    // The window's first frame, and its word to itself that the frame is on
+    // screen, which lets the loader read.
+    void showFirstFrame(PlayerWindow& window) {
+        SDL_FlushEvents(SDL_FIRSTEVENT, SDL_LASTEVENT);  // words for windows opened before
+        drawFrame(window);
+        ASSERT_TRUE(queued(EVENT_FIRST_FRAME_SHOWN));
+        EXPECT_EQ(window.eventHandling(), (int)EVENT_REFRESH);
+    }
     // A player window, loaded and at the bottom of the window list.
     template <class Window = PlayerWindow>
     Window* openPlayer() {
         Window* window = new Window(nullptr, &mShell);
         mWindows.push_back(window);
         window->init();
+        showFirstFrame(*window);
         for (int i = 0; i < 500 && sLoading; i++) SDL_Delay(10);
         EXPECT_FALSE(sLoading);
         return window;

@@ -208,6 +208,58 @@ TEST_F(PlayerWindowTest, ReportedTimesAreClampedBeforeTheSliderIsDrawn) {
     }
 }
 
+// The loader's word asks for a frame at once, and that frame shows a row for
+// each of the folder's five entries (x, y, a.mp4, b.mkv, c.avi) and none
+// beyond.
+TEST_F(PlayerWindowTest, TheLoadersWordBringsAFrameShowingTheFolderRows) {
+    PlayerWindow* window = openPlayer();
+    ASSERT_TRUE(queued(EVENT_FOLDER_READ));
+    EXPECT_EQ(window->eventHandling(), (int)WINDOW_SHOW_NOW);
+    // A strip right of the labels, through every row's image.
+    const SDL_Rect strip = {500, 80, 4, 580};
+    clear(0, 0, 0);
+    gBackground->render(nullptr, nullptr, false, nullptr);
+    const std::vector<Uint32> background = pixels(strip);
+    drawFrame(*window);
+    const std::vector<Uint32> shown = pixels(strip);
+    for (int row = 0; row < 6; row++) {
+        const size_t middle = size_t((row * 96 + 48) * strip.w);
+        EXPECT_EQ(shown[middle] != background[middle], row < 5) << "row " << row;
+    }
+}
+
+// The pictures of screens not shown yet wait until their screen opens: the
+// quit question's mask, the fullscreen panel.
+TEST_F(PlayerWindowTest, PicturesOfAScreenAreLoadedWhenItOpens) {
+    PlayerWindow& window = *openPlayer();
+    EXPECT_EQ(gBackgroundFloat, nullptr) << "no popup yet";
+    pressKey(window, KEY_B);  // back in the top folder: the quit question
+    ASSERT_EQ(mWindows.size(), 2u);
+    EXPECT_NE(gBackgroundFloat, nullptr);
+    delete mWindows.back();
+    mWindows.pop_back();
+
+    playEntry(window, 2);
+    ASSERT_TRUE(started("/a.mp4"));
+    pressKeys(window, {KEY_SELECT_COIN, KEY_RIGHT});
+    ASSERT_TRUE(window.isFullscreen());
+    drawFrame(window);
+    EXPECT_GT(pixel(30, 650).a, 0) << "the panel's picture, left of its times";
+}
+
+// What is decoded ahead is exactly what the first screen loads: nothing for
+// nothing, nothing of that screen decoded apart.
+TEST_F(PlayerWindowTest, TheFirstScreenTakesEveryPictureDecodedAheadAndNoOther) {
+    uninit_skin();
+    CaptureStdout log;
+    preload_skin();
+    init_skin();
+    mWindows.push_back(new PlayerWindow(nullptr, &mShell));
+    end_skin_preload();
+    const std::string text = log.finish();
+    EXPECT_EQ(text.find("image preload"), std::string::npos) << text;
+}
+
 // Going while a folder of kDirEntryLimit entries loads stops and joins the loader.
 TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
     const std::string huge = mRoot.path() + "/huge";
@@ -221,6 +273,16 @@ TEST_F(PlayerWindowTest, GoingWhileAHugeFolderLoadsStopsTheLoaderEarly) {
     CaptureStdout capture;
     PlayerWindow* window = new PlayerWindow(nullptr, &mShell);
     window->init();
+    showFirstFrame(*window);  // the read starts
+    // The loader holds the folder open while it reads.
+    const auto reading = [&huge] {
+        for (const auto& fd : std::filesystem::directory_iterator("/proc/self/fd")) {
+            std::error_code ec;
+            if (std::filesystem::read_symlink(fd.path(), ec) == huge) return true;
+        }
+        return false;
+    };
+    for (int i = 0; i < 500 && !reading(); i++) SDL_Delay(10);
     delete window;
     const std::string log = capture.finish();
     EXPECT_NE(log.find("loaddir " + huge + ": stopped\n"), std::string::npos);

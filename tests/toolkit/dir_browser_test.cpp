@@ -123,7 +123,7 @@ TEST(LoadDirTest, AFolderOverTheLimitListsItsFirstEntriesAndLogsHowManyMore) {
     std::vector<void*> list;
     CaptureStdout log;
     EXPECT_EQ(loaddir(&list, top.path().c_str(), entryFor, 0), kDirEntryLimit);
-    EXPECT_NE(log.finish().find(": 3 more folders and files left out"), std::string::npos);
+    EXPECT_NE(log.finish().find(": 3 more names left unread"), std::string::npos);
     for (void* entry : list) delete static_cast<TextMenuItem*>(entry);
 }
 

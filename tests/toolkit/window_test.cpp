@@ -288,6 +288,27 @@ TEST_F(RunWindowsTest, EventsAreHandledAtOnceAndDrawingKeepsThePace) {
     EXPECT_GE(mDrawTimes.size(), 5u) << "but it does draw";
 }
 
+// A frame asked for at once (the list the user waits for) comes ahead of the
+// pace and of the events queued behind the request; other changes keep the
+// pace.
+TEST_F(RunWindowsTest, AFrameAskedForAtOnceComesAheadOfThePaceAndTheQueue) {
+    std::vector<std::string> handled;  // key @ frames drawn before it
+    add("w", [&](ScriptWindow&, int code) {
+        handled.push_back(std::to_string(code) + "@" + std::to_string(draws()));
+        if (code == KEY_Y) return (int)WINDOW_SHOW_NOW;
+        return code == KEY_X ? (int)WINDOW_QUIT : 0;
+    });
+    mClock.mOnWait = [&](size_t waits) {
+        if (waits == 1)
+            for (int code : {KEY_A, KEY_Y, KEY_B}) push(SDL_USEREVENT, code);
+        if (waits == 3) push(SDL_USEREVENT, KEY_X);
+    };
+    const long start = mClock.mNow;
+    run();
+    EXPECT_EQ(handled, (std::vector<std::string>{"1@1", "4@1", "2@2", "3@3"}));
+    EXPECT_EQ(mDrawTimes, (std::vector<long>{start, start, start + 100})) << "the asked frame, then the pace";
+}
+
 // Video pictures beneath an unchanged window are presented without drawing it.
 TEST_F(RunWindowsTest, VideoFramesArePresentedWithoutRedrawingTheWindow) {
 #if !KOVANI_VIDEO_PLANE
