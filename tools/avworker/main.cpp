@@ -4,7 +4,6 @@
 // shared video plane, which the player shows beneath its interface. SIGTERM
 // (killall) ends it, and the plane goes with it.
 #include <errno.h>
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
@@ -16,7 +15,7 @@
 #include <filesystem>
 #include <string>
 
-#include "command_watch.h"
+#include "command_reader.h"
 #include "decoder_command.h"
 #include "mpv_decoder.h"
 #include "platform/device_paths.h"
@@ -45,26 +44,13 @@ int openSignalFd() {
     return signalfd(-1, &set, SFD_NONBLOCK | SFD_CLOEXEC);
 }
 
-// The command file holds one short line; a longer content is malformed anyway.
-void runCommandFile(MpvDecoder* decoder) {
-    char text[256];
-    int fd = open(devicePath(DEVICE_PATH_PLAYER_CMD), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) {
-        tprintf("avworker: cannot open the command file: %s\n", strerror(errno));
-        return;
-    }
-    const ssize_t n = read(fd, text, sizeof text - 1);
-    close(fd);
-    text[n > 0 ? n : 0] = '\0';
-    // Empty while a writer has truncated the file but not yet written; its
-    // own close brings the new command.
-    if (n <= 0) return;
+void runCommand(const std::string& text, MpvDecoder* decoder) {
     DecoderCommand command;
-    if (parseDecoderCommand(text, &command) != 0) {
-        tprintf("avworker: ignored command \"%s\"\n", text);
+    if (parseDecoderCommand(text.c_str(), &command) != 0) {
+        tprintf("avworker: ignored command \"%s\"\n", text.c_str());
         return;
     }
-    tprintf("avworker: command %.*s\n", (int)strcspn(text, "\r\n"), text);
+    tprintf("avworker: command %.*s\n", (int)strcspn(text.c_str(), "\r\n"), text.c_str());
     decoder->apply(command);
 }
 
@@ -101,9 +87,9 @@ int main(int argc, char* argv[]) {
                 ec.message().c_str());
         return 1;
     }
-    // Watching starts before mpv loads, so a command sent early is not lost.
-    CommandWatch watch;
-    if (watch.open(devicePath(DEVICE_PATH_PLAYER_CMD)) != 0) return 1;
+    // Reading starts before mpv loads, so a command sent early is not lost.
+    CommandReader commands;
+    if (commands.start(devicePath(DEVICE_PATH_PLAYER_CMD)) != 0) return 1;
 
     MpvDecoder decoder;
     if (decoder.open(argv[1], hasDisplay()) != 0) return 1;
@@ -111,7 +97,7 @@ int main(int argc, char* argv[]) {
     // Replaces whatever an earlier decoder left, such as its "completed".
     decoder.writeReports();
 
-    struct pollfd fds[3] = {{signals, POLLIN, 0}, {watch.fd(), POLLIN, 0}, {decoder.renderFd(), POLLIN, 0}};
+    struct pollfd fds[3] = {{signals, POLLIN, 0}, {commands.readyFd(), POLLIN, 0}, {decoder.renderFd(), POLLIN, 0}};
     long long nextReport = nowMs() + kReportPeriodMs;
     int status = 0;
     while (true) {
@@ -128,10 +114,10 @@ int main(int argc, char* argv[]) {
             break;
         }
         if (fds[1].revents) {
-            const int writes = watch.takeWrites();
+            bool failed = false;
+            for (const std::string& text : commands.take(&failed)) runCommand(text, &decoder);
             // Without a watch the decoder keeps playing and reporting.
-            if (writes < 0) fds[1].fd = -1;
-            for (int i = 0; i < writes; i++) runCommandFile(&decoder);
+            if (failed) fds[1].fd = -1;
         }
         if (fds[2].revents) decoder.drawPending();
         if (!decoder.handleEvents()) {
