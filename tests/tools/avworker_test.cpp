@@ -12,19 +12,20 @@
 #include <vector>
 
 #include "decoder_command.h"
+#include "platform/clock.h"
 #include "platform/device_paths.h"
+#include "platform/sysutil.h"
 #include "platform/video_plane.h"
 #include "player/kovani_player.h"
 #include "tests/support/temp_dir.h"
-#include "platform/sysutil.h"
 
 namespace {
 
 // True once `done` holds, false when `ms` pass first.
 bool waitFor(const std::function<bool()>& done, long ms) {
-    const long deadline = systemms() + ms;
+    const long deadline = monotonicMs() + ms;
     while (!done()) {
-        if (systemms() > deadline) return false;
+        if (monotonicMs() > deadline) return false;
         usleep(20 * 1000);
     }
     return true;
