@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tests/player/player_window_fixture.h"
+#include "tests/support/bare_window.h"
 #include "tests/support/reference_image.h"
 #include "tests/support/wifi_stand_in.h"
 #include "toolkit/shared_skin.h"
@@ -94,21 +95,16 @@ TEST_F(PlayerScreens, TheChineseInterface) {
 
 namespace {
 
-class BarWindow : public KovaniWindow {
+// The background and both bars, nothing else.
+class BarWindow : public BareWindow {
 public:
-    BarWindow() : KovaniWindow(STRING_MEDIAPLAYER, 0) {}
-    int eventHandling() override { return 0; }
+    BarWindow() : BareWindow(STRING_MEDIAPLAYER) {}
     int draw() override {
         if (gBackground) gBackground->render(nullptr, nullptr, false, nullptr);
         drawNavBar(0);
         drawStatBar(0);
         return 0;
     }
-    void quit() override {}
-    void init() override {}
-    void saveState(cJSON*) override {}
-    int restoreState(cJSON*) override { return 0; }
-    void refresh() override {}
 };
 
 class BarScreens : public PlayerWindowTest {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "platform/device_paths.h"
+#include "tests/support/bare_window.h"
 #include "tests/support/sdl_screen.h"
 #include "tests/support/temp_dir.h"
 #include "tests/support/wifi_stand_in.h"
@@ -31,16 +32,9 @@ const struct { const char* name; SDL_Color color; } kIcons[] = {
     {"skin/icon-bluetooth-headphone.png", {250, 0, 250, 255}}, {"skin/icon-hotspot.png", {250, 130, 0, 255}},
 };
 
-class BarWindow : public KovaniWindow {
+class BarWindow : public BareWindow {
 public:
-    BarWindow() : KovaniWindow(STRING_MENU, 0) {}
-    int eventHandling() override { return 0; }
-    int draw() override { return 0; }
-    void quit() override {}
-    void init() override {}
-    void saveState(cJSON*) override {}
-    int restoreState(cJSON*) override { return 0; }
-    void refresh() override {}
+    BarWindow() : BareWindow(STRING_MENU) {}
 };
 
 class BarsTest : public SdlScreenTest {
