@@ -3,7 +3,8 @@
 # state: each change shows in the status bar within a second, as the
 # reference picture of that state in tests/e2e/status_bar/ has it.
 #   status_bar_e2e.sh APP_DIR DEVICE_ROOT DEVICE_TOOL
-# With UPDATE_REFS=1 it writes the reference pictures instead (look at each).
+# With KOVANI_WRITE_REFERENCES=1 (./kovani references) it writes the reference
+# pictures instead (look at each).
 # A mismatch leaves <state>.png and <state>_err.png (the differences) in
 # e2e-shots beside the device folder.
 set -uo pipefail
@@ -40,7 +41,7 @@ state() {
     "$TOOL" "$@" || fail "device tool: $*"
     local changed
     changed=$(nowMs)
-    if [ "${UPDATE_REFS:-0}" = 1 ]; then
+    if [ "${KOVANI_WRITE_REFERENCES:-0}" = 1 ]; then
         sleep 1.5
         import -window root -crop "$CROP" +repage "$REFS/$name.png"
         echo "wrote $REFS/$name.png"
