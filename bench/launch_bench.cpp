@@ -147,7 +147,7 @@ int main(int argc, char** argv) {
     const std::string big = makeVideoFolder(kBigFolder), few = makeSmallFolder();
     if (big.empty() || few.empty()) return 2;
 
-    std::vector<double> opens, reads, hands, presents, floors, starts, peerStarts, rss, peerRss;
+    std::vector<double> opens, reads, readCpu, hands, presents, floors, starts, peerStarts, rss, peerRss;
     int failed = 0;
     timeFolderFloor(big);  // warms the caches
     for (int run = 0; run < kRuns; run++) {
@@ -176,6 +176,7 @@ int main(int argc, char** argv) {
             if (open > 0 && list > 0) {
                 opens.push_back(list - open);
                 reads.push_back(p.waitFor("closed") - open);
+                readCpu.push_back(p.waitFor("readcpu"));
                 hands.push_back(p.waitFor("handed") - open);
                 presents.push_back(p.waitFor("presents"));
             }
@@ -192,9 +193,9 @@ int main(int argc, char** argv) {
     printf("running program, %d-video start folder: opendir -> frame showing the list %.1f ms; floor %.1f ms; "
            "ratio %.2f\n",
            kBigFolder, open, floorMs, floorMs > 0 ? open / floorMs : 0);
-    printf("  of which: closedir at %.1f ms, the loader's event at %.1f ms, the list frame at %.1f ms; "
-           "%.0f frames presented while the folder was read\n",
-           median(reads), median(hands), open, median(presents));
+    printf("  of which: closedir at %.1f ms (%.1f ms on the processor), the loader's event at %.1f ms, "
+           "the list frame at %.1f ms; %.0f frames presented while the folder was read\n",
+           median(reads), median(readCpu), median(hands), open, median(presents));
     printf("start (exec) -> first frame, %d-video folder: %.1f ms; bare SDL peer %.1f ms; ratio %.2f\n",
            kSmallFolder, start, peerStart, peerStart > 0 ? start / peerStart : 0);
     printf("resident memory after the first frame: %.1f MB; bare SDL peer %.1f MB; ratio %.2f\n", mem, peerMem,

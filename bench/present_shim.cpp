@@ -3,6 +3,7 @@
 //   first  the first frame presented
 //   open   the opendir of the folder KOVANI_SHIM_FOLDER names
 //   closed its closedir
+//   readcpu   the processor time the reading thread spent from open to close
 //   handed the first event the thread that closed it pushes after that
 //          (the loader's word that the folder is read)
 //   list   the first frame presented after that event
@@ -27,6 +28,13 @@ std::atomic<DIR*> sFolder{nullptr};  // the folder's open stream, while open
 std::atomic<long> sLoader{0};        // thread that closed it
 std::atomic<bool> sFirst{false}, sOpened{false}, sClosed{false}, sHanded{false}, sList{false};
 std::atomic<int> sPresentsWhileReading{0};
+std::atomic<double> sReadCpuStart{0};  // the reading thread's processor time at the open, ms
+
+double threadCpuMs() {
+    struct timespec ts;
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &ts);
+    return ts.tv_sec * 1000.0 + ts.tv_nsec / 1e6;
+}
 
 long threadId() { return long(syscall(SYS_gettid)); }
 
@@ -67,7 +75,10 @@ DIR* opendir(const char* name) {
     static auto real = next<DIR* (*)(const char*)>("opendir");
     const char* folder = getenv("KOVANI_SHIM_FOLDER");
     const bool watched = folder && strcmp(name, folder) == 0 && !sOpened;
-    if (watched) note(sOpened, "open");
+    if (watched) {
+        note(sOpened, "open");
+        sReadCpuStart = threadCpuMs();
+    }
     DIR* dir = real(name);
     if (watched) sFolder = dir;
     return dir;
@@ -81,6 +92,9 @@ int closedir(DIR* dir) {
         sFolder = nullptr;
         sLoader = threadId();
         note(sClosed, "closed");
+        char cpu[32];
+        snprintf(cpu, sizeof cpu, "%.3f", threadCpuMs() - sReadCpuStart);
+        noteValue("readcpu", cpu);
     }
     return result;
 }
