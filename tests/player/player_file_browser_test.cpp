@@ -8,13 +8,16 @@
 #include "toolkit/file_browser_menu.h"
 #include "toolkit/text_menu_item.h"
 
-// A file is listed as a video by the text from its last "." on, exactly;
-// every folder is listed.
+// A file is listed as a video by the text from its last "." on, exactly,
+// for each of the known extensions; every folder is listed.
 TEST(PlayerFileBrowser, ExtensionTable) {
     const struct { const char* name; int type; bool listed; } rows[] = {
-        {"a.mp4", DIR_ENTRY_FILE, true},     {"a.mkv", DIR_ENTRY_FILE, true},   {"a.avi", DIR_ENTRY_FILE, true},
-        {"a.ts", DIR_ENTRY_FILE, true},      {"a.mpeg", DIR_ENTRY_FILE, true},  {"a.webm", DIR_ENTRY_FILE, true},
-        {"a.3gp", DIR_ENTRY_FILE, true},     {"a.pmp", DIR_ENTRY_FILE, true},   {".mp4", DIR_ENTRY_FILE, true},
+        {"a.avi", DIR_ENTRY_FILE, true},     {"a.mkv", DIR_ENTRY_FILE, true},   {"a.flv", DIR_ENTRY_FILE, true},
+        {"a.ts", DIR_ENTRY_FILE, true},      {"a.mp4", DIR_ENTRY_FILE, true},   {"a.webm", DIR_ENTRY_FILE, true},
+        {"a.asf", DIR_ENTRY_FILE, true},     {"a.mpg", DIR_ENTRY_FILE, true},   {"a.mpeg", DIR_ENTRY_FILE, true},
+        {"a.mov", DIR_ENTRY_FILE, true},     {"a.vob", DIR_ENTRY_FILE, true},   {"a.3gp", DIR_ENTRY_FILE, true},
+        {"a.wmv", DIR_ENTRY_FILE, true},     {"a.pmp", DIR_ENTRY_FILE, true},   {".mp4", DIR_ENTRY_FILE, true},
+        {"my.holiday.mp4", DIR_ENTRY_FILE, true},
         {"a.MP4", DIR_ENTRY_FILE, false},    {"a.mp3", DIR_ENTRY_FILE, false},  {"a.mp4.txt", DIR_ENTRY_FILE, false},
         {"a.mp", DIR_ENTRY_FILE, false},     {"mp4", DIR_ENTRY_FILE, false},    {"a.mp4 ", DIR_ENTRY_FILE, false},
         {"films", DIR_ENTRY_FOLDER, true},   {"a.mp3", DIR_ENTRY_FOLDER, true},

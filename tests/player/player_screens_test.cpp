@@ -53,8 +53,9 @@ protected:
 }  // namespace
 
 // A session: browse, play, move on, pause, fullscreen with and without its
-// panel, the settings for each ratio, the picture at 4:3, the quit question,
-// the list scrolled to its end, onto a long name.
+// panel, the settings over it for each ratio, the picture at 4:3 there and
+// in the window, the quit question, the list scrolled to its end, onto a
+// long name.
 TEST_F(PlayerScreens, EachScreenOfASession) {
     // The last, a long name, is cut short in the list and in the title line.
     const std::string longName = "\xe8\xa7\x86\xe9\xa2\x91 by the sea, the whole long afternoon with all who "
@@ -73,10 +74,11 @@ TEST_F(PlayerScreens, EachScreenOfASession) {
     looks("playing-mark-below-cursor", kWindowed, {KEY_START});
     looks("paused", kWindowed, {KEY_START, KEY_SELECT_COIN, KEY_RIGHT});
     looks("fullscreen-panel", kFull, {});
-    looks("fullscreen", kFull, {KEY_B, KEY_MENU_KEY}, [&] { return player->nextRedrawMs() < 0; });
-    looks("settings-default", kWindowed, {KEY_DOWN, KEY_RIGHT});
-    looks("settings-4-3", kWindowed, {KEY_RIGHT});
-    looks("settings-16-9", kWindowed, {KEY_LEFT, KEY_B});
+    looks("fullscreen", kFull, {KEY_MENU_KEY}, [&] { return player->nextRedrawMs() < 0; });
+    looks("settings-default", kFull, {KEY_DOWN, KEY_RIGHT});
+    looks("settings-4-3", kFull, {KEY_RIGHT});
+    looks("settings-16-9", kFull, {KEY_LEFT, KEY_B});
+    step(nullptr, {KEY_B}, [&] { return lastVideoRect() == SDL_Rect{160, 0, 960, 720}; });
     looks("playing-4-3", {715, 85, 480, 360}, {KEY_B});
     looks("quit-question", {715, 85, 480, 360}, {KEY_B, KEY_UP, KEY_UP, KEY_UP, KEY_UP});
     looks("scrolled-to-the-end", {715, 85, 480, 360}, {0});

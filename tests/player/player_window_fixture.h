@@ -68,6 +68,7 @@ protected:
         mWindows.clear();
         setClockSource(nullptr);
         gWinList = nullptr;
+        gUserFile.clear();
         uninit_skin();
         setSystemLanguage("");
         gPlayerAspectRatio = RATIO_DEFAULT;

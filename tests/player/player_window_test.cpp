@@ -84,15 +84,21 @@ TEST_F(PlayerWindowTest, LeftoverDecodersAreStoppedAtStartAndAtExit) {
     EXPECT_EQ(mShell.lines().size(), 3u);
 }
 
-// Playing x/x1.mp4, then browsing into y: play-on stays in x.
+// Playing x/x1.mp4, then browsing into y: y's second row shows no playing
+// mark, and play-on stays in x.
 TEST_F(PlayerWindowTest, PlayOnWalksTheFolderThatIsPlaying) {
     PlayerWindow& window = *openPlayer();
+    const SDL_Rect mark = {560, 80 + 96 + 30, 36, 36};
     pressKey(window, KEY_A);  // into x: "..", x1, x2
+    drawFrame(window);
+    const std::vector<Uint32> unmarked = pixels(mark);
     playEntry(window, 1);
     ASSERT_TRUE(started("/x/x1.mp4"));
     pressKey(window, KEY_B);  // back up
     pressKey(window, KEY_DOWN);
-    pressKey(window, KEY_A);  // into y
+    pressKey(window, KEY_A);  // into y: "..", y1, y2
+    drawFrame(window);
+    EXPECT_TRUE(pixels(mark) == unmarked) << "no mark on y1";
     reportStatus("completed", 9000, 9000);
     ASSERT_TRUE(waitQueued(EVENT_PLAY_COMPLETE));
     pressKey(window, KEY_NONE);
@@ -169,17 +175,19 @@ TEST_F(PlayerWindowTest, AStartWhoseDecoderNeverComesUpEndsAsAFailedPlay) {
     EXPECT_TRUE(mShell.waitForLines(shellLines + 2));
 }
 
-// The title line names the entry under the cursor, also when a folder
-// change leaves the cursor on the same index.
+// The title line names the entry under the cursor, the window's own name on
+// "..", also when a folder change leaves the cursor on the same index.
 TEST_F(PlayerWindowTest, TheTitleLineFollowsAFolderChange) {
     PlayerWindow& window = *openPlayer();
     const SDL_Rect title = {90, 15, 500, 50};
+    drawFrame(window);
+    const std::vector<Uint32> own = pixels(title);  // no entry chosen yet
     pressKey(window, KEY_NONE);  // the cursor on x
     drawFrame(window);
     const std::vector<Uint32> x = pixels(title);
     pressKey(window, KEY_A);  // into x, the cursor on ".."
     drawFrame(window);
-    EXPECT_FALSE(pixels(title) == x) << "inside x";
+    EXPECT_TRUE(pixels(title) == own) << "inside x, on \"..\"";
     pressKey(window, KEY_B);  // back up, the cursor on x
     drawFrame(window);
     EXPECT_TRUE(pixels(title) == x) << "back up";
@@ -210,26 +218,34 @@ TEST_F(PlayerWindowTest, ReportedTimesAreClampedBeforeTheSliderIsDrawn) {
 
 // The loader's word asks for a frame at once, and that frame shows a row for
 // each of the folder's five entries (x, y, a.mp4, b.mkv, c.avi) and none
-// beyond.
+// beyond; with ten more videos and the player started on b.mkv, six rows
+// from b.mkv on, and b.mkv plays.
 TEST_F(PlayerWindowTest, TheLoadersWordBringsAFrameShowingTheFolderRows) {
-    PlayerWindow* window = openPlayer();
-    ASSERT_TRUE(queued(EVENT_FOLDER_READ));
-    EXPECT_EQ(window->eventHandling(), (int)WINDOW_SHOW_NOW);
-    // A strip right of the labels, through every row's image.
-    const SDL_Rect strip = {500, 80, 4, 580};
-    clear(0, 0, 0);
-    gBackground->render(nullptr, nullptr, false, nullptr);
-    const std::vector<Uint32> background = pixels(strip);
-    drawFrame(*window);
-    const std::vector<Uint32> shown = pixels(strip);
-    for (int row = 0; row < 6; row++) {
-        const size_t middle = size_t((row * 96 + 48) * strip.w);
-        EXPECT_EQ(shown[middle] != background[middle], row < 5) << "row " << row;
+    const struct { int more; const char* file; int rows; } cases[] = {{0, nullptr, 5}, {10, "/b.mkv", 6}};
+    for (const auto& c : cases) {
+        for (int i = 0; i < c.more; i++) writeFileAtomic(mVideos + "/m" + std::to_string(i) + ".mp4", "");
+        gUserFile = c.file ? mVideos + c.file : "";
+        PlayerWindow* window = openPlayer();
+        ASSERT_TRUE(queued(EVENT_FOLDER_READ));
+        EXPECT_EQ(window->eventHandling(), (int)WINDOW_SHOW_NOW);
+        // A strip right of the labels, through every row's image and the bar below.
+        const SDL_Rect strip = {500, 80, 4, 640};
+        clear(0, 0, 0);
+        gBackground->render(nullptr, nullptr, false, nullptr);
+        const std::vector<Uint32> background = pixels(strip);
+        drawFrame(*window);
+        const std::vector<Uint32> shown = pixels(strip);
+        for (int row = 0; row < 7; row++) {
+            const size_t middle = size_t((row * 96 + 48) * strip.w);
+            EXPECT_EQ(shown[middle] != background[middle], row < c.rows) << "row " << row;
+        }
+        pressKey(*window, KEY_NONE);  // the request to play the file named
+        EXPECT_TRUE(c.file ? started(c.file) : !window->isPlaying());
     }
 }
 
 // The pictures of screens not shown yet wait until their screen opens: the
-// quit question's mask, the fullscreen panel.
+// quit question's mask. (The fullscreen panel's show in the session's screens.)
 TEST_F(PlayerWindowTest, PicturesOfAScreenAreLoadedWhenItOpens) {
     PlayerWindow& window = *openPlayer();
     EXPECT_EQ(gBackgroundFloat, nullptr) << "no popup yet";
@@ -240,13 +256,6 @@ TEST_F(PlayerWindowTest, PicturesOfAScreenAreLoadedWhenItOpens) {
     question->init();  // as the loop opens it
     EXPECT_NE(gBackgroundFloat, nullptr);
     delete question;
-
-    playEntry(window, 2);
-    ASSERT_TRUE(started("/a.mp4"));
-    pressKeys(window, {KEY_SELECT_COIN, KEY_RIGHT});
-    ASSERT_TRUE(window.isFullscreen());
-    drawFrame(window);
-    EXPECT_GT(pixel(30, 650).a, 0) << "the panel's picture, left of its times";
 }
 
 // What is decoded ahead is exactly what the first screen loads: nothing for
@@ -338,8 +347,8 @@ TEST_F(PlayerWindowTest, KeysTable) {
         {KEY_Y, {}, true, false, "/a.mp4"},
         {KEY_SELECT_COIN, {"win 0 0 1280 720"}, true, true, "/a.mp4"},
         {KEY_A, {}, true, true, "/a.mp4"},
-        {KEY_B, {"win 650 85 610 360"}, true, false, "/a.mp4"},
-        {KEY_HOTKEY2, {"win 650 85 610 360", "play"}, true, false, "/b.mkv"},
+        {KEY_HOTKEY2, {"win 0 0 1280 720", "play"}, true, true, "/b.mkv"},
+        {KEY_B, {"win 650 85 610 360"}, true, false, "/b.mkv"},
         {KEY_HOTKEY1, {"win 650 85 610 360", "play"}, true, false, "/a.mp4"},
         {KEY_HOTKEY1, {}, false, false, "/a.mp4"},
     };
@@ -452,7 +461,8 @@ struct StoppedClockInstalled {
 
 }  // namespace
 
-// In fullscreen the panel shows for 1.5 s after the last key that asks for it.
+// In fullscreen the panel shows for 1.5 s after the last key that asks for
+// it (a seek, shown by the session's screens, or Up or Down).
 TEST_F(PlayerWindowTest, TheFullscreenPanelHidesOneAndAHalfSecondsAfterTheLastKey) {
     StoppedClockInstalled installed;
     StoppedClock& clock = sStoppedClock;
@@ -460,7 +470,7 @@ TEST_F(PlayerWindowTest, TheFullscreenPanelHidesOneAndAHalfSecondsAfterTheLastKe
     for (int key : {KEY_DOWN, KEY_DOWN, KEY_A, KEY_SELECT_COIN}) pressKey(window, key);
     ASSERT_TRUE(window.isFullscreen());
     const long pressed = clock.mNow += 60000;
-    pressKey(window, KEY_RIGHT);
+    pressKey(window, KEY_DOWN);
     for (long after : {0L, 1499L, 1500L, 5000L}) {
         clock.mNow = pressed + after;
         drawFrame(window);

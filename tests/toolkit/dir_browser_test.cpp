@@ -62,29 +62,10 @@ TEST(LoadDirTest, FoldersComeFirstThenFilesEachInByteOrder) {
                              "Sixteen byte.mp4", "Sixteen byte.mp4.mkv", "Sixteen byte.mp", "Sixteen bytf.mp4",
                              "Sixteen byté.mp4"})
         top.file(name);
-    const Names listed = {"10",
-                          "9",
-                          "Beta",
-                          "Zeta",
-                          "alpha",
-                          "中文目录",
-                          ".hidden.mkv",
-                          "10.mp4",
-                          "9.mp4",
-                          "Abc.mp4",
-                          "B.mkv",
-                          "Episode 01 part 10.mkv",
-                          "Episode 01 part 2.mkv",
-                          "Sixteen byte.mp",
-                          "Sixteen byte.mp4",
-                          "Sixteen byte.mp4.mkv",
-                          "Sixteen bytf.mp4",
-                          "Sixteen byté.mp4",
-                          "_x.mkv",
-                          "a.avi",
-                          "abc.mp4",
-                          "b.mkv",
-                          "视频.mp4"};
+    const Names listed = {"10", "9", "Beta", "Zeta", "alpha", "中文目录", ".hidden.mkv", "10.mp4", "9.mp4",
+                          "Abc.mp4", "B.mkv", "Episode 01 part 10.mkv", "Episode 01 part 2.mkv",
+                          "Sixteen byte.mp", "Sixteen byte.mp4", "Sixteen byte.mp4.mkv", "Sixteen bytf.mp4",
+                          "Sixteen byté.mp4", "_x.mkv", "a.avi", "abc.mp4", "b.mkv", "视频.mp4"};
     EXPECT_EQ(load(top.path(), 0), listed);
 }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/capture_stdout.h"
@@ -69,7 +70,7 @@ TEST_F(FileBrowserMenuTest, BackClosesInTheTopFolderAndBelowItGoesUpToTheFirstEn
     EXPECT_EQ(pressKey(menu, KEY_B), EVENT_CHDIR);
     EXPECT_EQ(current(menu), top);
     EXPECT_EQ(menu.getCurrentPos(), 0);
-    EXPECT_EQ(menu.mFirstVisible, 0);
+    EXPECT_EQ(std::make_pair(menu.mFirstVisible, menu.mLastVisible), std::make_pair(0, 5)) << "six rows shown";
     EXPECT_EQ(pressKey(menu, KEY_B), WINDOW_CLOSE);
 
     SetKeyShm(&gShmInfo, MONITOR_B_CONFIRM, 1);  // the device's settings swap A and B

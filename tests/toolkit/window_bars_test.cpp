@@ -113,12 +113,15 @@ TEST_F(BarsTest, IconThresholdTable) {
     }
     writeFileAtomic(mRoot.at(DEVICE_PATH_BATTERY_STATUS), "Discharging");
     ASSERT_EQ(wifi_monitor_start(systemWpaShell(), 20), 0);
-    const struct { int rssi; const char* icon; } signals[] = {
-        {127, "skin/ic-wifi-03.png"}, {-70, "skin/ic-wifi-03.png"}, {-71, "skin/ic-wifi-02.png"},
-        {-80, "skin/ic-wifi-02.png"}, {-81, "skin/ic-wifi-01.png"}, {-200, "skin/ic-wifi-01.png"},
+    // Only a connected supplicant shows its signal.
+    const struct { int rssi; const char* state; const char* icon; } signals[] = {
+        {127, "COMPLETED", "skin/ic-wifi-03.png"}, {-70, "COMPLETED", "skin/ic-wifi-03.png"},
+        {-71, "COMPLETED", "skin/ic-wifi-02.png"}, {-80, "COMPLETED", "skin/ic-wifi-02.png"},
+        {-81, "COMPLETED", "skin/ic-wifi-01.png"}, {-200, "COMPLETED", "skin/ic-wifi-01.png"},
+        {-60, "SCANNING", "clean"},                {-61, "4WAY_HANDSHAKE", "clean"},
     };
     for (const auto& s : signals) {
-        ASSERT_TRUE(publishWifi(s.rssi));
+        ASSERT_TRUE(publishWifi(s.rssi, s.state));
         invalidateBarStatus();
         clear(kJunk.r, kJunk.g, kJunk.b);
         window.drawNavBar(0);
