@@ -63,9 +63,10 @@ int main(int argc, char* argv[]) {
     gUserPath = devicePath(DEVICE_PATH_MNT);
     check_opts(argc, argv);
     applyUserFileRoot();
-    // Decoded while SDL and the screen open, which keep this thread busy.
-    preload_skin();
 
+    // No thread of ours may be busy here: on a desktop without a session
+    // bus SDL's D-Bus start forks, and a child forked while another thread
+    // holds an allocator lock can hang, and this start with it.
     if (SDL_Init(SDL_INIT_TIMER | SDL_INIT_VIDEO | SDL_INIT_JOYSTICK) < 0) {
         tprintf("Couldn't initialize SDL: %s\n", SDL_GetError());
         return 2;
@@ -76,6 +77,8 @@ int main(int argc, char* argv[]) {
         SDL_Quit();
         return 2;
     }
+    // Decoded while the screen opens, which keeps this thread busy.
+    preload_skin();
     initJoyStick();
     SDL_ShowCursor(0);
     tprintf("sdl inited\n");
