@@ -19,6 +19,13 @@ const int kWriterNice = 10;
 // kBurstMs: the longest a line of a burst waits to be written.
 const int kLookMs = 2;
 const int kBurstMs = 100;
+// A burst is written in batches of about this size: the two buffers the
+// callers and the writer swap stay this small, so they stay in memory and
+// warm, and a line is never copied to a grown buffer.
+const size_t kBatchBytes = 64 * 1024;
+// Room each buffer has from the start: a batch and what comes in while
+// the writer is not looking.
+const size_t kReservedBytes = 2 * kBatchBytes;
 // A batch buffer larger than this is given back after its burst.
 const size_t kKeptBytes = 256 * 1024;
 // How often a stop looks at the clock while it waits for the writer.
@@ -35,6 +42,7 @@ int LogQueue::start(LogSink* sink, size_t capacity) {
         mDiscarding.store(false, std::memory_order_relaxed);
         mCapacity = capacity;
         mDropped = 0;
+        mQueue.reserve(kReservedBytes);
     }
     mSink = sink;
     // The writer takes no signals: a process that blocks its signals to read
@@ -68,11 +76,10 @@ int LogQueue::post(const char* line, size_t length) {
             return LOG_DROPPED;
         }
         const LineHead head = {uint32_t(length), mDropped};
-        const size_t at = mQueue.size();
-        mQueue.resize(at + sizeof head + length + 1);
-        memcpy(&mQueue[at], &head, sizeof head);
-        memcpy(&mQueue[at + sizeof head], line, length);
-        mQueue.back() = '\0';
+        const char* headBytes = reinterpret_cast<const char*>(&head);
+        mQueue.insert(mQueue.end(), headBytes, headBytes + sizeof head);
+        mQueue.insert(mQueue.end(), line, line + length);
+        mQueue.push_back('\0');
         mLines++;
         mDropped = 0;
         // Only a sleeping writer needs the wake-up; a busy one finds the line.
@@ -137,6 +144,7 @@ void LogQueue::run() {
         // Stays at the caller's priority: only slower under load.
     }
     std::vector<char> batch;
+    batch.reserve(kReservedBytes);
     while (true) {
         unsigned trailing = 0;
         {
@@ -149,9 +157,9 @@ void LogQueue::run() {
             // A burst (a folder's lines) is let finish before it is written:
             // meanwhile the processor is the burst's caller's, and its lines
             // cost it no wake-up each. The writer looks every few ms whether
-            // lines still come, up to a bound or half the queue.
+            // lines still come, up to a bound or a batch's worth.
             const auto settled = std::chrono::steady_clock::now() + std::chrono::milliseconds(kBurstMs);
-            while (mState == RUNNING && mLines > 0 && mLines < mCapacity / 2 &&
+            while (mState == RUNNING && mLines > 0 && mLines < mCapacity / 2 && mQueue.size() < kBatchBytes &&
                    std::chrono::steady_clock::now() < settled) {
                 const size_t before = mLines;
                 mWake.wait_for(hold, std::chrono::milliseconds(kLookMs));
@@ -189,9 +197,16 @@ void LogQueue::run() {
             mSink->write(&batch[offset + sizeof head]);
             offset += sizeof head + head.length + 1;
         }
+        if (!mDiscarding.load(std::memory_order_relaxed)) mSink->flush();
         // A burst's buffer is not kept for good.
-        if (batch.capacity() > kKeptBytes) std::vector<char>().swap(batch);
+        if (batch.capacity() > kKeptBytes) {
+            std::vector<char>().swap(batch);
+            batch.reserve(kReservedBytes);
+        }
         batch.clear();
-        if (!mDiscarding.load(std::memory_order_relaxed)) writeDropped(trailing);
+        if (!mDiscarding.load(std::memory_order_relaxed) && trailing > 0) {
+            writeDropped(trailing);
+            mSink->flush();
+        }
     }
 }

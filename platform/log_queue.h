@@ -16,6 +16,8 @@ class LogSink {
 public:
     virtual ~LogSink() {}
     virtual void write(const char* line) = 0;
+    // After each batch of lines: a sink that gathers lines writes them out.
+    virtual void flush() {}
 };
 
 // Lines handed over by any thread and written by one writer thread, in the

@@ -52,9 +52,29 @@ public:
 
 // Without a system-log daemon (a bare desktop or container) the lines would
 // vanish; they go to standard error then, leaving standard output alone.
+// Standard error is unbuffered: a folder's thousand lines would be a
+// thousand writes, each taking the processor from the frame the user waits
+// for. A batch goes out in a few large writes instead.
 class StderrSink : public LogSink {
 public:
-    void write(const char* line) override { fputs(line, stderr); }
+    void write(const char* line) override {
+        const size_t length = strlen(line);
+        if (mUsed + length > sizeof mBuffer) flush();
+        if (length > sizeof mBuffer) {
+            fputs(line, stderr);
+            return;
+        }
+        memcpy(mBuffer + mUsed, line, length);
+        mUsed += length;
+    }
+    void flush() override {
+        if (mUsed > 0) fwrite(mBuffer, 1, mUsed, stderr);
+        mUsed = 0;
+    }
+
+private:
+    char mBuffer[64 * 1024];  // the writer thread's
+    size_t mUsed = 0;
 };
 
 // Never destroyed: a writer given up on may still be inside one at exit.

@@ -88,6 +88,32 @@ bool eventPending() {
     return true;
 }
 
+// The pointer, focus, a window moved: nothing this interface shows follows
+// them, and handed to a window they would count as a change and cost a frame.
+bool showsNothing(const SDL_Event& e) {
+    switch (e.type) {
+        case SDL_MOUSEMOTION:
+        case SDL_MOUSEBUTTONDOWN:
+        case SDL_MOUSEBUTTONUP:
+        case SDL_MOUSEWHEEL:
+            return true;
+        case SDL_WINDOWEVENT:
+            switch (e.window.event) {
+                case SDL_WINDOWEVENT_SHOWN:
+                case SDL_WINDOWEVENT_EXPOSED:
+                case SDL_WINDOWEVENT_RESIZED:
+                case SDL_WINDOWEVENT_SIZE_CHANGED:
+                case SDL_WINDOWEVENT_RESTORED:
+                case SDL_WINDOWEVENT_MAXIMIZED:
+                    return false;
+                default:
+                    return true;
+            }
+        default:
+            return false;
+    }
+}
+
 // Feeds every pending event to the window on top when it is handled. Sets
 // *changed when anything was handled that may show (every event except a
 // bare refresh) or the stack changed, and *showNow when the window asked for
@@ -96,6 +122,11 @@ bool eventPending() {
 int handleEvents(std::vector<KovaniWindow*>& list, bool* changed, bool* showNow) {
     for (int calls = 0; calls < kMaxEventCallsPerFrame; calls++) {
         if (!eventPending()) return quitRequested() ? WINDOW_QUIT : 0;
+        SDL_Event next;
+        if (SDL_PeepEvents(&next, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) == 1 && showsNothing(next)) {
+            SDL_PeepEvents(&next, 1, SDL_GETEVENT, next.type, next.type);
+            continue;
+        }
         // Each event goes to the window on top when it is handled: MENU and
         // then DOWN in one frame move the popup's row, not the list beneath.
         KovaniWindow* top = list.back();
@@ -169,6 +200,12 @@ void runWindows(std::vector<KovaniWindow*>& list) {
     bool dirty = true;
     long lastDraw = sClock->nowMs() - kFrameMs;
     long lastTurn = lastDraw + kFrameMs;
+    // The first frame draws everything: what the window system said while
+    // the window was made (shown, exposed) needs no second frame, which
+    // would come at once and take the processor from the start's folder read.
+    SDL_PumpEvents();
+    SDL_FlushEvent(SDL_WINDOWEVENT);
+    SDL_FlushEvents(SDL_MOUSEMOTION, SDL_MOUSEWHEEL);
     while (!list.empty()) {
         const long now = sClock->nowMs();
         // The fast-frame budget runs down with time, drawn or not.
