@@ -193,7 +193,8 @@ int main(int argc, char** argv) {
     printf("running program, %d-video start folder: opendir -> frame showing the list %.1f ms; floor %.1f ms; "
            "ratio %.2f\n",
            kBigFolder, open, floorMs, floorMs > 0 ? open / floorMs : 0);
-    printf("  of which: closedir at %.1f ms (%.1f ms on the processor), the loader's event at %.1f ms, "
+    printf("  of which: closedir at %.1f ms (the reading thread %.1f ms on the processor, beside the helper "
+           "that shares its stats), the loader's event at %.1f ms, "
            "the list frame at %.1f ms; %.0f frames presented while the folder was read\n",
            median(reads), median(readCpu), median(hands), open, median(presents));
     printf("start (exec) -> first frame, %d-video folder: %.1f ms; bare SDL peer %.1f ms; ratio %.2f\n",

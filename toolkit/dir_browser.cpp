@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "entry_order.h"
+#include "folder_names.h"
 #include "platform/logger.h"
 #include "platform/stop_flag.h"
 
@@ -24,6 +25,12 @@ bool skipFolder(const char* name, int withParent) {
     if (name[0] != '.') return false;
     return !(withParent && strcmp(name, "..") == 0);
 }
+
+// Names are read and looked at in windows of this many, so that no more
+// than a window's names are held at once.
+const size_t kNameWindow = 8192;
+
+bool isDotName(const char* name) { return strcmp(name, ".") == 0 || strcmp(name, "..") == 0; }
 
 void deleteMenu(std::vector<void*>* menu) {
     for (void* entry : *menu) delete static_cast<TextMenuItem*>(entry);
@@ -162,37 +169,63 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     items.reserve(kDirEntryLimit);
     keys.reserve(kDirEntryLimit);
     int leftOut = 0;  // names past the limit
-    for (struct dirent* entry; (entry = readdir(folder)) != nullptr;) {
-        if (stop && stop->isSet()) {
-            tprintf("loaddir %s: stopped\n", dir);
-            break;
+    bool stopped = false, full = false, more = true;
+    while (more && !stopped && !full) {
+        // A window of names is read, then looked at: their stats, most of
+        // the work, are shared with a helper thread (FolderNames).
+        FolderNames names(dirfd(folder));
+        while (names.size() < kNameWindow) {
+            if (stop && stop->isSet()) {
+                stopped = true;
+                break;
+            }
+            const struct dirent* entry = readdir(folder);
+            if (!entry) {
+                more = false;
+                break;
+            }
+            if (!names.add(entry->d_name)) {
+                tprintf("loaddir %s: no memory for more names\n", dir);
+                more = false;
+                break;
+            }
         }
-        const char* name = entry->d_name;
-        if (items.size() >= size_t(kDirEntryLimit)) {
-            // Past the limit the rest is only counted for the log: a stat
-            // each would cost a huge folder far more than its list.
-            if (strcmp(name, ".") != 0 && strcmp(name, "..") != 0) leftOut++;
-            continue;
+        for (size_t i = 0; i < names.size() && !stopped; i++) {
+            if (stop && stop->isSet()) {
+                stopped = true;
+                break;
+            }
+            const char* name = names.name(i);
+            if (items.size() >= size_t(kDirEntryLimit)) {
+                // Past the limit the rest is only counted for the log: a stat
+                // each would cost a huge folder far more than its list.
+                full = true;
+                if (!isDotName(name)) leftOut++;
+                continue;
+            }
+            int type;
+            switch (names.kindOf(i)) {
+                case FolderNames::KIND_FOLDER:
+                    if (skipFolder(name, withParent)) continue;
+                    type = DIR_ENTRY_FOLDER;
+                    break;
+                case FolderNames::KIND_FILE:
+                    type = DIR_ENTRY_FILE;
+                    break;
+                default:
+                    continue;
+            }
+            memcpy(nameInPath, name, strlen(name) + 1);
+            TextMenuItem* item = handler(name, path, type);
+            if (!item) continue;
+            if (item->mAction) keys.push_back(keyOf(item, items.size()));
+            items.push_back(item);
         }
-        memcpy(nameInPath, name, strlen(name) + 1);
-        struct stat st;
-        // Relative to the open folder, following links; a dangling link or a
-        // loop of links fails here and is left out.
-        if (fstatat(dirfd(folder), name, &st, 0) != 0) continue;
-        int type;
-        if (S_ISDIR(st.st_mode)) {
-            if (skipFolder(name, withParent)) continue;
-            type = DIR_ENTRY_FOLDER;
-        } else if (S_ISREG(st.st_mode)) {
-            type = DIR_ENTRY_FILE;
-        } else {
-            continue;
-        }
-        TextMenuItem* item = handler(name, path, type);
-        if (!item) continue;
-        if (item->mAction) keys.push_back(keyOf(item, items.size()));
-        items.push_back(item);
+        names.done();
     }
+    if (stopped) tprintf("loaddir %s: stopped\n", dir);
+    for (const struct dirent* entry; full && !(stop && stop->isSet()) && (entry = readdir(folder)) != nullptr;)
+        if (!isDotName(entry->d_name)) leftOut++;
     closedir(folder);
     const int count = int(items.size());
     insertAll(list, items, keys);
