@@ -33,6 +33,13 @@ void push(int type, int code = 0) {
     SDL_PushEvent(&e);
 }
 
+void pushWindowEvent(Uint8 what) {
+    SDL_Event e = {};
+    e.type = SDL_WINDOWEVENT;
+    e.window.event = what;
+    SDL_PushEvent(&e);
+}
+
 long realMs() {
     struct timespec ts;
     clock_gettime(CLOCK_MONOTONIC, &ts);
@@ -242,6 +249,15 @@ TEST_F(RunWindowsTest, AFrameIsDrawnAfterEachKindOfChangeAndNoneWithout) {
              invalidateBarStatus();
          },
          1},
+        // A desktop's pointer and focus: nothing on screen follows them.
+        {"the pointer, the focus",
+         [] {
+             push(SDL_MOUSEMOTION);
+             pushWindowEvent(SDL_WINDOWEVENT_ENTER);
+             pushWindowEvent(SDL_WINDOWEVENT_FOCUS_GAINED);
+         },
+         0},
+        {"the window uncovered", [] { pushWindowEvent(SDL_WINDOWEVENT_EXPOSED); }, 1},
         {"a popup opened", [] { push(SDL_USEREVENT, KEY_MENU_KEY); }, 2},
         {"the popup closed", [] { push(SDL_USEREVENT, KEY_B); }, 1},
         {"none again", [] {}, 0},
@@ -256,8 +272,13 @@ TEST_F(RunWindowsTest, AFrameIsDrawnAfterEachKindOfChangeAndNoneWithout) {
         if (next < n) changes[next].make();
         if (next == n) push(SDL_USEREVENT, KEY_X);
     };
+    // What the window system says while the window is made is answered by
+    // the first frame, not by a second one.
+    pushWindowEvent(SDL_WINDOWEVENT_SHOWN);
+    pushWindowEvent(SDL_WINDOWEVENT_EXPOSED);
     run();
     ASSERT_EQ(drawn.size(), n + 1);
+    EXPECT_EQ(drawn[0], 1u) << "frames before the first change";
     for (size_t i = 0; i < n; i++) EXPECT_EQ(drawn[i + 1] - drawn[i], changes[i].frames) << changes[i].change;
     EXPECT_EQ(*std::max_element(mClock.mWaits.begin(), mClock.mWaits.end()), BAR_STATUS_PERIOD_MS)
         << "idle waits are as long as the status bar allows";
