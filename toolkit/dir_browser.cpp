@@ -169,12 +169,15 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
     items.reserve(kDirEntryLimit);
     keys.reserve(kDirEntryLimit);
     int leftOut = 0;  // names past the limit
-    bool stopped = false, full = false, more = true;
-    while (more && !stopped && !full) {
+    bool stopped = false, more = true;
+    while (more && !stopped && items.size() < size_t(kDirEntryLimit)) {
         // A window of names is read, then looked at: their stats, most of
-        // the work, are shared with a helper thread (FolderNames).
+        // the work, are shared with a helper thread (FolderNames). It holds
+        // no more names than could still be listed, so near the limit no
+        // name is looked at that the list would not take.
+        const size_t window = std::min(kNameWindow, size_t(kDirEntryLimit) - items.size());
         FolderNames names(dirfd(folder));
-        while (names.size() < kNameWindow) {
+        while (names.size() < window) {
             if (stop && stop->isSet()) {
                 stopped = true;
                 break;
@@ -196,13 +199,6 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
                 break;
             }
             const char* name = names.name(i);
-            if (items.size() >= size_t(kDirEntryLimit)) {
-                // Past the limit the rest is only counted for the log: a stat
-                // each would cost a huge folder far more than its list.
-                full = true;
-                if (!isDotName(name)) leftOut++;
-                continue;
-            }
             int type;
             switch (names.kindOf(i)) {
                 case FolderNames::KIND_FOLDER:
@@ -224,6 +220,9 @@ int loaddir(std::vector<void*>* list, const char* dir, DirEntryHandler handler, 
         names.done();
     }
     if (stopped) tprintf("loaddir %s: stopped\n", dir);
+    // Past the limit the rest is only counted for the log: a stat each would
+    // cost a huge folder far more than its list.
+    const bool full = !stopped && items.size() >= size_t(kDirEntryLimit);
     for (const struct dirent* entry; full && !(stop && stop->isSet()) && (entry = readdir(folder)) != nullptr;)
         if (!isDotName(entry->d_name)) leftOut++;
     closedir(folder);
