@@ -32,8 +32,9 @@ int draw_stat_icon_item_left(KovaniSurface* icon, int x, int y, const char* text
 // The battery, network and Bluetooth state behind the top bar is read again
 // once it is this old (the key memory's volume and the Wi-Fi record are
 // looked at each time). With the loop waking when it is due, a change shows
-// within this period and one frame: under a second.
-const long BAR_STATUS_PERIOD_MS = 800;
+// within this period and one frame: well under a second, also on a device
+// busy decoding, where the wake and the frame come late.
+const long BAR_STATUS_PERIOD_MS = 500;
 
 // Makes the next bar read the state again.
 void invalidateBarStatus();

@@ -144,7 +144,12 @@ TEST_F(AvworkerTest, DrawsIntoTheVideoPlaneAtTheWindowRectangle) {
 
     VideoPlaneReader plane;
     FrameCopy frame;
-    ASSERT_TRUE(waitFor([&] { return plane.poll(&frame, videoPlaneClockMs()) && frame.mRect.w > 0; }, 10000));
+    // The first pictures may come before the clip's first frame is decoded:
+    // waited for is the picture itself, not merely one at the rectangle.
+    ASSERT_TRUE(waitFor([&] {
+        plane.poll(&frame, videoPlaneClockMs());
+        return frame.mRect.w > 0 && near(frame.rgb(160, 90), 0xFF00FF);
+    }, 10000)) << "no magenta picture at the window rectangle";
     EXPECT_EQ(frame.mRect.x, 100);
     EXPECT_EQ(frame.mRect.w, 320);
     EXPECT_EQ(frame.mRect.h, 180);
@@ -155,7 +160,10 @@ TEST_F(AvworkerTest, DrawsIntoTheVideoPlaneAtTheWindowRectangle) {
 
     player.pause();
     player.setDisplayRect(0, 0, 1280, 720);
-    ASSERT_TRUE(waitFor([&] { return plane.poll(&frame, videoPlaneClockMs()) && frame.mRect.w == 1280; }, 10000));
+    ASSERT_TRUE(waitFor([&] {
+        plane.poll(&frame, videoPlaneClockMs());
+        return frame.mRect.w == 1280 && near(frame.rgb(640, 360), 0xFF00FF);
+    }, 10000)) << "no magenta picture over the whole screen";
     EXPECT_TRUE(near(frame.rgb(640, 360), 0xFF00FF));
     EXPECT_TRUE(near(frame.rgb(100, 360), 0x000000)) << "fitted, not stretched";
 
