@@ -5,6 +5,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <string>
 #include <vector>
 
 #include "app_options.h"
@@ -41,6 +42,17 @@ void cleanup(int code) {
     if (code != 0) exit(code);
 }
 
+// On a desktop without a session bus, SDL's D-Bus start would have one
+// launched: a fork in the middle of start-up, and a daemon left running
+// after we are gone. Told that there is none, SDL goes on without it.
+void keepSessionBusAway() {
+    if (getenv("DBUS_SESSION_BUS_ADDRESS") || !getenv("DISPLAY")) return;
+    const char* runtime = getenv("XDG_RUNTIME_DIR");
+    if (runtime && access((std::string(runtime) + "/bus").c_str(), F_OK) == 0) return;
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/session-bus", 1);
+    tprintf("no session bus: D-Bus left out\n");
+}
+
 // The last picture while the rest shuts down: the background and the
 // loading text, presented twice so both buffers of the display hold it.
 void farewellFrame() {
@@ -63,6 +75,7 @@ int main(int argc, char* argv[]) {
     gUserPath = devicePath(DEVICE_PATH_MNT);
     check_opts(argc, argv);
     applyUserFileRoot();
+    keepSessionBusAway();
 
     // No thread of ours may be busy here: on a desktop without a session
     // bus SDL's D-Bus start forks, and a child forked while another thread

@@ -11,7 +11,9 @@ trap 'rm -rf "$DEV" "$ARGS"' EXIT
 SELECT=105  # Right Ctrl: by name xdotool would send the left one
 
 fail() {
-    echo "FAIL [$SCENARIO]: $*"; ps -C avworker -o pid,stat,args; tail -n 25 "$LOG" 2>/dev/null
+    echo "FAIL [$SCENARIO]: $*"; ps -C avworker -o pid,stat,args
+    [ -n "$PID" ] && window_report
+    tail -n 25 "$LOG" 2>/dev/null
     [ -n "$PID" ] && kill -KILL "$PID" 2>/dev/null
     killall -q avworker
     exit 1
@@ -49,10 +51,17 @@ setup_device() {
     for f in a.mp4 b.mp4 c.mp4; do echo video > "$VIDS/$f"; done
 }
 
+# What the display holds when the player's window cannot be found.
+window_report() {
+    echo "display $DISPLAY; player $(kill -0 "$PID" 2>/dev/null && echo running || echo gone)"
+    xwininfo -root -tree 2>&1 | grep -E '"|error' | head -n 8
+}
+
 start_player() {
     (cd "$APP" && PATH="$DECODER:$PATH" exec ./kovani_player "$@" >>"$LOG" 2>&1) &
     PID=$!
-    wait_for 10 "the player window" xdotool search --name '^Main$'
+    # A sanitizer build on a loaded machine may take seconds to start.
+    wait_for 20 "the player window" xdotool search --name '^Main$'
     xdotool windowfocus --sync "$(xdotool search --name '^Main$' | head -n1)" 2>/dev/null
     syslog_present || wait_for 10 "the folder to load" log_has "loaddir "
     sleep 0.5
