@@ -74,9 +74,10 @@ bool pushPendingPopup(std::vector<KovaniWindow*>& list) {
     return true;
 }
 
-// True when an event of any type waits in SDL's queue. A waiting SDL_QUIT is
-// taken here so that the loop ends even if the window never reads events.
-bool eventPending() {
+// True when an event of any type waits in SDL's queue; the first one is
+// copied to `next` when it is given. A waiting SDL_QUIT is taken here so that
+// the loop ends even if the window never reads events.
+bool eventPending(SDL_Event* next = nullptr) {
     SDL_PumpEvents();
     SDL_Event e;
     if (SDL_PeepEvents(&e, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) <= 0) return false;
@@ -85,6 +86,7 @@ bool eventPending() {
         requestQuit();
         return false;
     }
+    if (next) *next = e;
     return true;
 }
 
@@ -121,9 +123,9 @@ bool showsNothing(const SDL_Event& e) {
 // that ends the loop, or 0.
 int handleEvents(std::vector<KovaniWindow*>& list, bool* changed, bool* showNow) {
     for (int calls = 0; calls < kMaxEventCallsPerFrame; calls++) {
-        if (!eventPending()) return quitRequested() ? WINDOW_QUIT : 0;
         SDL_Event next;
-        if (SDL_PeepEvents(&next, 1, SDL_PEEKEVENT, SDL_FIRSTEVENT, SDL_LASTEVENT) == 1 && showsNothing(next)) {
+        if (!eventPending(&next)) return quitRequested() ? WINDOW_QUIT : 0;
+        if (showsNothing(next)) {
             SDL_PeepEvents(&next, 1, SDL_GETEVENT, next.type, next.type);
             continue;
         }
