@@ -1,6 +1,5 @@
 #include "folder_names.h"
 
-#include <errno.h>
 #include <fcntl.h>
 #include <string.h>
 #include <sys/stat.h>
@@ -12,7 +11,6 @@
 #include <condition_variable>
 #include <mutex>
 #include <new>
-#include <string>
 #include <vector>
 
 #include "platform/logger.h"
